@@ -1,0 +1,176 @@
+#include "platform/message_loop.h"
+
+#include <atomic>
+
+namespace platform {
+
+namespace {
+std::atomic<MessageLoop*> installedLoop{nullptr};
+}  // namespace
+
+void installMessageLoop(MessageLoop* loop) { installedLoop.store(loop, std::memory_order_release); }
+
+MessageLoop* messageLoop() { return installedLoop.load(std::memory_order_acquire); }
+
+bool post(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t param2) {
+  MessageLoop* loop = messageLoop();
+  return loop != nullptr && loop->post(target, msg, param1, param2);
+}
+
+intptr_t send(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t param2) {
+  MessageLoop* loop = messageLoop();
+  return loop != nullptr ? loop->send(target, msg, param1, param2) : 0;
+}
+
+struct Reply {
+  intptr_t result = 0;
+  bool done = false;
+};
+
+QueueLoop::QueueLoop(std::size_t capacity) : ring_(capacity > 0 ? capacity : 1), owner_(std::this_thread::get_id()) {}
+
+bool QueueLoop::push(const Message& message) {
+  if (closed_ || count_ == ring_.size()) return false;
+  ring_[(head_ + count_) % ring_.size()] = message;
+  ++count_;
+  changed_.notify_all();
+  return true;
+}
+
+void QueueLoop::releaseReplies() {
+  for (std::size_t i = 0; i < count_; ++i) {
+    Message& queued = ring_[(head_ + i) % ring_.size()];
+    if (queued.reply == nullptr) continue;
+    queued.reply->done = true;  // result stays 0
+    queued.reply = nullptr;
+    queued.target = nullptr;
+  }
+  changed_.notify_all();
+}
+
+bool QueueLoop::post(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t param2) {
+  std::lock_guard lock(mutex_);
+  return push({target, msg, param1, param2, nullptr});
+}
+
+intptr_t QueueLoop::send(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t param2) {
+  std::unique_lock lock(mutex_);
+  if (std::this_thread::get_id() == owner_) {
+    lock.unlock();
+    return target != nullptr ? target->handleMessage(msg, param1, param2) : 0;
+  }
+  Reply reply;
+  if (refused_ || !push({target, msg, param1, param2, &reply})) return 0;
+  changed_.wait(lock, [&] { return reply.done; });
+  return reply.result;
+}
+
+void QueueLoop::forget(MessageTarget* target) {
+  std::lock_guard lock(mutex_);
+  for (std::size_t i = 0; i < count_; ++i) {
+    Message& queued = ring_[(head_ + i) % ring_.size()];
+    if (queued.target != target) continue;
+    queued.target = nullptr;
+    if (queued.reply != nullptr) {
+      queued.reply->done = true;
+      queued.reply = nullptr;
+    }
+  }
+  changed_.notify_all();
+}
+
+void QueueLoop::refuseSends(bool refuse) {
+  std::lock_guard lock(mutex_);
+  refused_ = refuse;
+  if (refuse) releaseReplies();
+}
+
+bool QueueLoop::deliverOne() {
+  std::unique_lock lock(mutex_);
+  if (count_ == 0) return false;
+  const Message message = ring_[head_];
+  head_ = (head_ + 1) % ring_.size();
+  --count_;
+  busy_ = true;
+  lock.unlock();
+
+  const intptr_t result =
+      message.target != nullptr ? message.target->handleMessage(message.msg, message.param1, message.param2) : 0;
+  lock.lock();
+  busy_ = false;
+  if (message.reply != nullptr) {
+    message.reply->result = result;
+    message.reply->done = true;
+  }
+  changed_.notify_all();
+  return true;
+}
+
+void QueueLoop::setOwner(std::thread::id owner) {
+  std::lock_guard lock(mutex_);
+  owner_ = owner;
+}
+
+void QueueLoop::shutDown() {
+  std::lock_guard lock(mutex_);
+  closed_ = true;
+  refused_ = true;
+  releaseReplies();
+  count_ = 0;
+}
+
+bool QueueLoop::waitForMessage(const bool& stopping) {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&] { return count_ > 0 || stopping; });
+  return !stopping;
+}
+
+void QueueLoop::waitUntilIdle() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&] { return (count_ == 0 && !busy_) || closed_; });
+}
+
+std::vector<Message> QueueLoop::snapshot() const {
+  std::lock_guard lock(mutex_);
+  std::vector<Message> messages;
+  for (std::size_t i = 0; i < count_; ++i) {
+    const Message& queued = ring_[(head_ + i) % ring_.size()];
+    if (queued.target != nullptr) messages.push_back(queued);
+  }
+  return messages;
+}
+
+ManualLoop::ManualLoop(std::size_t capacity) : QueueLoop(capacity) {}
+
+std::size_t ManualLoop::pump(std::size_t max) {
+  std::size_t delivered = 0;
+  while (delivered < max && deliverOne()) ++delivered;
+  return delivered;
+}
+
+ThreadedLoop::ThreadedLoop(std::size_t capacity) : QueueLoop(capacity) {
+  thread_ = std::thread([this] { run(); });
+  setOwner(thread_.get_id());
+}
+
+ThreadedLoop::~ThreadedLoop() { stop(); }
+
+void ThreadedLoop::run() {
+  while (waitForMessage(stopping_)) {
+    while (deliverOne()) {
+    }
+  }
+}
+
+void ThreadedLoop::waitIdle() { waitUntilIdle(); }
+
+void ThreadedLoop::stop() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  shutDown();
+  if (thread_.joinable() && thread_.get_id() != std::this_thread::get_id()) thread_.join();
+}
+
+}  // namespace platform
