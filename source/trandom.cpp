@@ -25,6 +25,7 @@ void step3() { ix3 = (ix3 * IA3 + IC3) % M3; }
 
 double tableValue() { return (ix1 + ix2 * RM2) * RM1; }
 
+// Only the error stream is told: this runs on the timer thread, where no box can be shown.
 [[noreturn]] void internalError() {
   std::fprintf(stderr, "tdrand() INTERNAL ERROR: %s\n", "source\\trandom");
   std::exit(1);

@@ -274,6 +274,24 @@ TEST_F(LoopbackTest, SysexFromTheOutputReachesTheInput) {
   EXPECT_EQ(incoming.recorded(), outgoing.data);
 }
 
+TEST_F(LoopbackTest, AShortMessageCuttingSysexShortReturnsItsBufferAsAnError) {
+  openBoth();
+  Buffer buffer(16);
+  midiInPrepareHeader(in, &buffer.header);
+  midiInAddBuffer(in, &buffer.header);
+  midiInStart(in);
+  const uint8_t unfinished[] = {0xF0, 0x43, 0x10};
+  devices.injectSysex(unfinished);
+  devices.inject(0xF8);  // real-time messages may come inside sysex
+  EXPECT_TRUE(inCalls.of(MIM_LONGERROR).empty());
+  devices.inject(0x403C90);
+  const auto errors = inCalls.of(MIM_LONGERROR);
+  ASSERT_EQ(errors.size(), 1u);
+  EXPECT_EQ(errors[0].param1, reinterpret_cast<uintptr_t>(&buffer.header));
+  EXPECT_EQ(buffer.recorded(), (std::vector<uint8_t>{0xF0, 0x43, 0x10}));
+  ASSERT_EQ(inCalls.calls.back().message, MIM_DATA) << "the error comes before the message that caused it";
+}
+
 TEST_F(LoopbackTest, SysexWithNoBufferIsLost) {
   openBoth();
   midiInStart(in);

@@ -69,13 +69,30 @@ void callIn(Input& input, uint32_t message, uintptr_t param1, uintptr_t param2) 
   if (input.callback != nullptr) input.callback(input.port, message, input.instance, param1, param2);
 }
 
-void returnBuffer(Input& input, MidiHeader* header) {
+void returnBuffer(Input& input, MidiHeader* header, uint32_t message = MIM_LONGDATA) {
   MarkHeaderDone(*header);
-  callIn(input, MIM_LONGDATA, reinterpret_cast<uintptr_t>(header), timeGetTime() - input.startTime.load());
+  callIn(input, message, reinterpret_cast<uintptr_t>(header), timeGetTime() - input.startTime.load());
+}
+
+// A short message that is not real-time cuts a sysex message short: its
+// partly filled buffer comes back as an error, as a driver returns it.
+void cutSysexShort(Input& input, uint32_t word) {
+  if ((word & 0xFF) >= 0xF8) return;
+  MidiHeader* cut = nullptr;
+  {
+    std::lock_guard lock(input.bufferMutex);
+    if (input.buffers.empty() || input.buffers.front()->dwBytesRecorded == 0) return;
+    cut = input.buffers.front();
+    input.buffers.pop_front();
+  }
+  returnBuffer(input, cut, MIM_LONGERROR);
 }
 
 bool deliverShort(Input& input, uint32_t word) {
-  return deliver(input, [&] { callIn(input, MIM_DATA, word, timeGetTime() - input.startTime.load()); });
+  return deliver(input, [&] {
+    cutSysexShort(input, word);
+    callIn(input, MIM_DATA, word, timeGetTime() - input.startTime.load());
+  });
 }
 
 bool deliverSysex(Input& input, std::span<const uint8_t> bytes) {

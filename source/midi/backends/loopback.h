@@ -58,7 +58,9 @@ class LoopbackDevices final : public platform::MidiDevices {
   // not open and started, or the message came while this thread delivered one.
   bool inject(uint32_t word, uint32_t input = 0);
   // Fills the input's queued sysex buffers; a buffer comes back when it is full
-  // or holds 0xF7. Bytes with no buffer to take them are lost. False as above.
+  // or holds 0xF7. Bytes with no buffer to take them are lost. A short message
+  // other than real-time that comes while a buffer is partly filled returns
+  // that buffer with MIM_LONGERROR. False as above.
   bool injectSysex(std::span<const uint8_t> bytes, uint32_t input = 0);
   // Sysex buffers the input holds now.
   std::size_t queuedBuffers(uint32_t input = 0) const;
