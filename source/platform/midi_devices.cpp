@@ -33,9 +33,37 @@ uint32_t queueHeader(MidiHeader* header) {
   return MMSYSERR_NOERROR;
 }
 
-// A driver that refuses a header leaves it as it was handed in, not queued.
-uint32_t unqueueOnError(MidiHeader* header, uint32_t result) {
+// Hands a checked header to the port; one the driver refuses is left as it
+// was handed in, not queued.
+template <class Port, class Take>
+uint32_t handToDriver(Port* port, MidiHeader* header, Take&& take) {
+  if (port == nullptr) return MMSYSERR_INVALHANDLE;
+  const uint32_t checked = queueHeader(header);
+  if (checked != MMSYSERR_NOERROR) return checked;
+  const uint32_t result = take(*port, *header);
   if (result != MMSYSERR_NOERROR) header->dwFlags &= ~MHDR_INQUEUE;
+  return result;
+}
+
+// Opens a port through the installed list; *port is null unless it opened.
+template <class Port, class Open>
+uint32_t openPort(Port** port, Open&& open) {
+  if (port == nullptr) return MMSYSERR_INVALPARAM;
+  *port = nullptr;
+  MidiDevices* devices = midiDevices();
+  if (devices == nullptr) return MMSYSERR_BADDEVICEID;
+  std::unique_ptr<Port> opened;
+  const uint32_t result = open(*devices, opened);
+  if (result == MMSYSERR_NOERROR) *port = opened.release();
+  return result;
+}
+
+// A port that closed is gone; one that refused to close stays open.
+template <class Port>
+uint32_t closePort(Port* port) {
+  if (port == nullptr) return MMSYSERR_INVALHANDLE;
+  const uint32_t result = port->close();
+  if (result == MMSYSERR_NOERROR) delete port;
   return result;
 }
 
@@ -56,22 +84,12 @@ uint32_t midiOutGetDevCaps(uint32_t id, std::string& name) {
 }
 
 uint32_t midiOutOpen(MidiOutPort** port, uint32_t id, MidiOutCallbackFn callback, uintptr_t instance) {
-  if (port == nullptr) return MMSYSERR_INVALPARAM;
-  *port = nullptr;
-  MidiDevices* devices = midiDevices();
-  if (devices == nullptr) return MMSYSERR_BADDEVICEID;
-  std::unique_ptr<MidiOutPort> opened;
-  const uint32_t result = devices->outOpen(mappedId(id), callback, instance, opened);
-  if (result == MMSYSERR_NOERROR) *port = opened.release();
-  return result;
+  return openPort(port, [&](MidiDevices& devices, std::unique_ptr<MidiOutPort>& opened) {
+    return devices.outOpen(mappedId(id), callback, instance, opened);
+  });
 }
 
-uint32_t midiOutClose(MidiOutPort* port) {
-  if (port == nullptr) return MMSYSERR_INVALHANDLE;
-  const uint32_t result = port->close();
-  if (result == MMSYSERR_NOERROR) delete port;
-  return result;
-}
+uint32_t midiOutClose(MidiOutPort* port) { return closePort(port); }
 
 uint32_t midiOutShortMsg(MidiOutPort* port, uint32_t word) {
   return port != nullptr ? port->shortMsg(word) : MMSYSERR_INVALHANDLE;
@@ -86,10 +104,7 @@ uint32_t midiOutUnprepareHeader(MidiOutPort* port, MidiHeader* header) {
 }
 
 uint32_t midiOutLongMsg(MidiOutPort* port, MidiHeader* header) {
-  if (port == nullptr) return MMSYSERR_INVALHANDLE;
-  const uint32_t checked = queueHeader(header);
-  if (checked != MMSYSERR_NOERROR) return checked;
-  return unqueueOnError(header, port->longMsg(*header));
+  return handToDriver(port, header, [](MidiOutPort& out, MidiHeader& h) { return out.longMsg(h); });
 }
 
 uint32_t midiOutReset(MidiOutPort* port) { return port != nullptr ? port->reset() : MMSYSERR_INVALHANDLE; }
@@ -105,22 +120,12 @@ uint32_t midiInGetDevCaps(uint32_t id, std::string& name) {
 }
 
 uint32_t midiInOpen(MidiInPort** port, uint32_t id, MidiInCallbackFn callback, uintptr_t instance) {
-  if (port == nullptr) return MMSYSERR_INVALPARAM;
-  *port = nullptr;
-  MidiDevices* devices = midiDevices();
-  if (devices == nullptr) return MMSYSERR_BADDEVICEID;
-  std::unique_ptr<MidiInPort> opened;
-  const uint32_t result = devices->inOpen(id, callback, instance, opened);
-  if (result == MMSYSERR_NOERROR) *port = opened.release();
-  return result;
+  return openPort(port, [&](MidiDevices& devices, std::unique_ptr<MidiInPort>& opened) {
+    return devices.inOpen(id, callback, instance, opened);
+  });
 }
 
-uint32_t midiInClose(MidiInPort* port) {
-  if (port == nullptr) return MMSYSERR_INVALHANDLE;
-  const uint32_t result = port->close();
-  if (result == MMSYSERR_NOERROR) delete port;
-  return result;
-}
+uint32_t midiInClose(MidiInPort* port) { return closePort(port); }
 
 uint32_t midiInStart(MidiInPort* port) { return port != nullptr ? port->start() : MMSYSERR_INVALHANDLE; }
 
@@ -137,10 +142,7 @@ uint32_t midiInUnprepareHeader(MidiInPort* port, MidiHeader* header) {
 }
 
 uint32_t midiInAddBuffer(MidiInPort* port, MidiHeader* header) {
-  if (port == nullptr) return MMSYSERR_INVALHANDLE;
-  const uint32_t checked = queueHeader(header);
-  if (checked != MMSYSERR_NOERROR) return checked;
-  return unqueueOnError(header, port->addBuffer(*header));
+  return handToDriver(port, header, [](MidiInPort& in, MidiHeader& h) { return in.addBuffer(h); });
 }
 
 }  // namespace platform

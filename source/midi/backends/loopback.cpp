@@ -224,8 +224,10 @@ class InPort final : public MidiInPort {
   Input& input_;
 };
 
-std::string loopbackName(uint32_t id) {
-  return id == 0 ? std::string("Velmora Loopback") : "Velmora Loopback " + std::to_string(id + 1);
+uint32_t loopbackName(uint32_t id, std::size_t count, std::string& name) {
+  if (id >= count) return MMSYSERR_BADDEVICEID;
+  name = id == 0 ? std::string("Velmora Loopback") : "Velmora Loopback " + std::to_string(id + 1);
+  return MMSYSERR_NOERROR;
 }
 
 }  // namespace
@@ -239,11 +241,7 @@ LoopbackDevices::~LoopbackDevices() = default;
 
 uint32_t LoopbackDevices::outCount() { return static_cast<uint32_t>(outputs_.size()); }
 
-uint32_t LoopbackDevices::outName(uint32_t id, std::string& name) {
-  if (id >= outputs_.size()) return MMSYSERR_BADDEVICEID;
-  name = loopbackName(id);
-  return MMSYSERR_NOERROR;
-}
+uint32_t LoopbackDevices::outName(uint32_t id, std::string& name) { return loopbackName(id, outputs_.size(), name); }
 
 uint32_t LoopbackDevices::outOpen(uint32_t id, MidiOutCallbackFn callback, uintptr_t instance,
                                   std::unique_ptr<MidiOutPort>& port) {
@@ -259,11 +257,7 @@ uint32_t LoopbackDevices::outOpen(uint32_t id, MidiOutCallbackFn callback, uintp
 
 uint32_t LoopbackDevices::inCount() { return static_cast<uint32_t>(inputs_.size()); }
 
-uint32_t LoopbackDevices::inName(uint32_t id, std::string& name) {
-  if (id >= inputs_.size()) return MMSYSERR_BADDEVICEID;
-  name = loopbackName(id);
-  return MMSYSERR_NOERROR;
-}
+uint32_t LoopbackDevices::inName(uint32_t id, std::string& name) { return loopbackName(id, inputs_.size(), name); }
 
 uint32_t LoopbackDevices::inOpen(uint32_t id, MidiInCallbackFn callback, uintptr_t instance,
                                  std::unique_ptr<MidiInPort>& port) {
