@@ -35,6 +35,27 @@ constexpr uint32_t PackedMessage(const MidiEvent& event) {
          uint32_t{event.value3} << 24;
 }
 
+// Data bytes that follow a status byte, shared by the devices and the file
+// layer. Sysex (0xF0) has its own framing and counts 0 here, as does a byte
+// below 0x80, which is no status.
+constexpr int MidiDataBytes(uint8_t status) {
+  switch (status >> 4) {
+    case 0x8:
+    case 0x9:
+    case 0xA:
+    case 0xB:
+    case 0xE:
+      return 2;
+    case 0xC:
+    case 0xD:
+      return 1;
+    case 0xF:
+      return (status & 0xF) == 2 ? 2 : (status & 0xF) == 1 || (status & 0xF) == 3 ? 1 : 0;
+    default:
+      return 0;
+  }
+}
+
 // MidiFilter: a word of block bits by status, shared by output and input. A set
 // bit blocks that kind of message.
 using MidiFilter = uint32_t;

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "midi/midi_event.h"
 #include "platform/message_loop.h"
@@ -39,3 +40,7 @@ struct MidiInHandle {
   platform::MidiHeader** returnedCursor = nullptr;
   SharedWord<uint32_t> lastEventTime;
 };
+
+// The name of an input device; 0 when there is no device with that number, so
+// callers walk the numbers from 0 until 0 comes back.
+uint32_t GetMidiInDescription(uint32_t deviceId, std::string& text);

@@ -69,6 +69,35 @@ uint32_t closePort(Port* port) {
 
 }  // namespace
 
+std::string midiInGetErrorText(uint32_t code) {
+  switch (code) {
+    case MMSYSERR_NOERROR:
+      return "The MIDI device works.";
+    case MMSYSERR_BADDEVICEID:
+      return "There is no MIDI device with this number. It may have been unplugged.";
+    case MMSYSERR_ALLOCATED:
+      return "The MIDI device is in use by another program, or already open. Close the other program and try again.";
+    case MMSYSERR_INVALHANDLE:
+      return "The MIDI device is not open.";
+    case MMSYSERR_NODRIVER:
+      return "The MIDI device cannot be reached: its driver, server or sound bank is missing, or it is gone.";
+    case MMSYSERR_NOMEM:
+      return "There is not enough memory to open the MIDI device.";
+    case MMSYSERR_NOTSUPPORTED:
+      return "The MIDI device cannot do this.";
+    case MMSYSERR_INVALPARAM:
+      return "The MIDI device was given a value it does not accept.";
+    case MIDIERR_UNPREPARED:
+      return "A MIDI buffer was not made ready for the device.";
+    case MIDIERR_STILLPLAYING:
+      return "The MIDI device is still using a buffer.";
+    case MIDIERR_NOTREADY:
+      return "The MIDI device is busy. Wait a moment and try again.";
+    default:
+      return "The MIDI device reported error " + std::to_string(code) + ".";
+  }
+}
+
 void installMidiDevices(MidiDevices* devices) { installedDevices.store(devices, std::memory_order_release); }
 
 MidiDevices* midiDevices() { return installedDevices.load(std::memory_order_acquire); }

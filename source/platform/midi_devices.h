@@ -21,6 +21,7 @@ inline constexpr uint32_t MMSYSERR_ALLOCATED = 4;
 inline constexpr uint32_t MMSYSERR_INVALHANDLE = 5;
 inline constexpr uint32_t MMSYSERR_NODRIVER = 6;
 inline constexpr uint32_t MMSYSERR_NOMEM = 7;
+inline constexpr uint32_t MMSYSERR_NOTSUPPORTED = 8;
 inline constexpr uint32_t MMSYSERR_INVALPARAM = 11;
 inline constexpr uint32_t MIDIERR_UNPREPARED = 64;
 inline constexpr uint32_t MIDIERR_STILLPLAYING = 65;
@@ -105,6 +106,10 @@ class MidiDevices {
   virtual uint32_t inOpen(uint32_t id, MidiInCallbackFn callback, uintptr_t instance,
                           std::unique_ptr<MidiInPort>& port) = 0;
 };
+
+// The text for a result code of the device calls, input or output: the one
+// text the program shows when a device cannot be opened.
+std::string midiInGetErrorText(uint32_t code);
 
 void installMidiDevices(MidiDevices* devices);
 MidiDevices* midiDevices();

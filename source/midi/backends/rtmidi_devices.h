@@ -1,0 +1,44 @@
+#pragma once
+// The system's MIDI ports through RtMidi: one instance lists and opens the
+// ports of one interface (the ALSA sequencer, JACK, or CoreMIDI and WinMM
+// elsewhere). Where the interface's system is absent (no sequencer device, no
+// JACK server running), it lists no ports and nothing fails. Ports are found
+// again by name when they open, so a port list taken earlier stays right when
+// other programs come and go.
+//
+// RtMidi's exceptions and error reports end here, turned into result codes.
+
+#include <RtMidi.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "midi/backends/input_delivery.h"
+#include "platform/midi_devices.h"
+
+class RtMidiDevices final : public platform::MidiDevices {
+ public:
+  RtMidiDevices(RtMidi::Api api, std::string clientName);
+  // Lists the ports anew.
+  void refresh();
+  // Whether the interface's system can be reached on this machine.
+  static bool Reachable(RtMidi::Api api);
+
+  uint32_t outCount() override { return static_cast<uint32_t>(outNames_.size()); }
+  uint32_t outName(uint32_t id, std::string& name) override;
+  uint32_t outOpen(uint32_t id, platform::MidiOutCallbackFn callback, uintptr_t instance,
+                   std::unique_ptr<platform::MidiOutPort>& port) override;
+  uint32_t inCount() override { return static_cast<uint32_t>(inNames_.size()); }
+  uint32_t inName(uint32_t id, std::string& name) override;
+  uint32_t inOpen(uint32_t id, platform::MidiInCallbackFn callback, uintptr_t instance,
+                  std::unique_ptr<platform::MidiInPort>& port) override;
+
+ private:
+  RtMidi::Api api_;
+  std::string clientName_;
+  std::vector<std::string> outNames_;
+  std::vector<std::string> inNames_;
+};
+
+// The result code for an RtMidi error.
+uint32_t ResultOfRtMidiError(RtMidiError::Type type);

@@ -1,0 +1,54 @@
+#pragma once
+// The built-in synthesizer: one output device played by FluidSynth with a
+// General MIDI SoundFont, so that Velmora makes sound with no MIDI hardware.
+// Where no audio device can be had (a server), it still opens and works,
+// silently. It can instead render into a WAV file in the timer's time, which
+// is how the headless programs make sound files: every message is rendered at
+// the millisecond that the installed timers give when it arrives.
+//
+// Threads: messages may come from any thread; FluidSynth's own calls are
+// thread-safe, and rendering takes a lock inside the device, as a driver does.
+
+#include <memory>
+#include <string>
+
+#include "platform/midi_devices.h"
+
+class SynthDevices final : public platform::MidiDevices {
+ public:
+  // The first General MIDI SoundFont at the usual Debian places, or "".
+  static std::string FindSoundFont();
+
+  explicit SynthDevices(std::string soundFont = FindSoundFont());
+  ~SynthDevices() override;
+  SynthDevices(const SynthDevices&) = delete;
+  SynthDevices& operator=(const SynthDevices&) = delete;
+
+  uint32_t outCount() override { return 1; }
+  uint32_t outName(uint32_t id, std::string& name) override;
+  uint32_t outOpen(uint32_t id, platform::MidiOutCallbackFn callback, uintptr_t instance,
+                   std::unique_ptr<platform::MidiOutPort>& port) override;
+  uint32_t inCount() override { return 0; }
+  uint32_t inName(uint32_t id, std::string& name) override;
+  uint32_t inOpen(uint32_t id, platform::MidiInCallbackFn callback, uintptr_t instance,
+                  std::unique_ptr<platform::MidiInPort>& port) override;
+
+  // Set before the device opens: render into this file instead of playing.
+  void renderTo(const std::string& wavPath, int sampleRate = 44100);
+  // Renders up to the timers' time now; false once writing the file failed.
+  bool renderUntilNow();
+  // Renders up to now and closes the file; false if anything failed.
+  bool finishRender();
+
+  const std::string& soundFont() const { return soundFont_; }
+  // True while an audio device plays what the synthesizer makes.
+  bool audible() const;
+
+  struct Engine;
+
+ private:
+  std::string soundFont_;
+  std::string renderPath_;
+  int sampleRate_ = 44100;
+  std::weak_ptr<Engine> engine_;  // lives as long as the open port
+};

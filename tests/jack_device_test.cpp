@@ -1,0 +1,161 @@
+// The device path end to end: a JACK client of this test's own listens on a
+// MIDI port; Velmora opens that port through the RtMidi backend, and the real
+// timer plays a timed sequence through the sync clock. Every message must
+// arrive in order, within 15 ms of the pass that was due to send it.
+//
+// The test script starts a JACK server with the dummy driver. Without one the
+// test is skipped, except under CI, where it fails.
+
+#include <jack/jack.h>
+#include <jack/midiport.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+#include "midi/backends/device_list.h"
+#include "midi/midi_out.h"
+#include "midi/sync_clock.h"
+#include "platform/message_loop.h"
+#include "platform/timers.h"
+#include "transport/transport_state.h"
+
+using namespace platform;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+struct Arrival {
+  Clock::time_point at;
+  uint8_t bytes[3];
+};
+
+// The listening client: its process callback keeps what arrives, with the time.
+struct Listener {
+  jack_client_t* client = nullptr;
+  jack_port_t* port = nullptr;
+  std::array<Arrival, 4096> arrivals{};
+  std::atomic<std::size_t> count{0};
+
+  static int process(jack_nframes_t frames, void* self) {
+    auto* listener = static_cast<Listener*>(self);
+    void* buffer = jack_port_get_buffer(listener->port, frames);
+    const uint32_t events = jack_midi_get_event_count(buffer);
+    const auto now = Clock::now();
+    for (uint32_t i = 0; i < events; ++i) {
+      jack_midi_event_t event;
+      if (jack_midi_event_get(&event, buffer, i) != 0) continue;
+      const std::size_t at = listener->count.load(std::memory_order_relaxed);
+      if (at == listener->arrivals.size()) return 0;
+      Arrival& arrival = listener->arrivals[at];
+      arrival.at = now;
+      for (std::size_t b = 0; b < 3; ++b) arrival.bytes[b] = b < event.size ? event.buffer[b] : 0;
+      listener->count.store(at + 1, std::memory_order_release);
+    }
+    return 0;
+  }
+
+  bool start() {
+    client = jack_client_open("velmora-test", JackNoStartServer, nullptr);
+    if (client == nullptr) return false;
+    port = jack_port_register(client, "in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
+    jack_set_process_callback(client, &Listener::process, this);
+    return port != nullptr && jack_activate(client) == 0;
+  }
+
+  ~Listener() {
+    if (client != nullptr) jack_client_close(client);
+  }
+};
+
+// The time of the first pass that counted, taken inside the pass.
+std::atomic<int64_t> firstPassNs{0};
+
+void noteFirstPass() {
+  int64_t none = 0;
+  firstPassNs.compare_exchange_strong(none, Clock::now().time_since_epoch().count());
+}
+
+class Window final : public MessageTarget {
+ public:
+  intptr_t handleMessage(uint32_t, uintptr_t, uintptr_t) override { return 0; }
+};
+
+TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
+  Listener listener;
+  if (!listener.start()) {
+    if (std::getenv("CI") != nullptr) FAIL() << "no JACK server: the test script should have started one";
+    GTEST_SKIP() << "no JACK server running (start one with: jackd -d dummy)";
+  }
+
+  ThreadTimers timers;
+  ThreadedLoop loop;
+  StandardDevices devices;
+  installTimers(&timers);
+  installMessageLoop(&loop);
+  installMidiDevices(&devices.list);
+
+  uint32_t device = 0;
+  std::string name;
+  while (GetMidiOutDescription(device, name) != 0 && name != "velmora-test:in") ++device;
+  ASSERT_EQ(name, "velmora-test:in") << "the RtMidi backend lists the test's JACK port";
+
+  Window window;
+  SyncClock* clock = nullptr;
+  MidiOutHandle* out = nullptr;
+  ASSERT_EQ(OpenSync(&clock, &window, SYNC_INTERNAL, 10), 0u);
+  SetResolution(clock, 120);
+  SetTempo(clock, 500000);
+  ASSERT_EQ(OpenMidiOut(&out, &window, device, clock, MIDI_OPEN_WORD), 0u);
+  SetMidiOutFilters(out, 1u << 14 | 1u << 16 | 1u << 18);  // no MIDI clock, Start or Stop here
+
+  // Notes every 12 ticks: at 2.4 ticks a pass, exactly on every fifth pass.
+  constexpr int Notes = 40;
+  for (int i = 0; i < Notes; ++i) {
+    const uint8_t key = static_cast<uint8_t>(48 + i);
+    MidiEvent note{i == 0 ? 0u : 12u, static_cast<uint8_t>(i % 2 == 0 ? 0x90 : 0x80), key, 100, 0, nullptr, 0, 0, 0, 0};
+    ASSERT_EQ(MidiOut(out, &note), 0u);
+  }
+  firstPassNs = 0;
+  ClockHooks.generatorTick = noteFirstPass;
+  Generating = 1;
+  StartSync(clock);
+
+  const auto deadline = Clock::now() + std::chrono::seconds(5);
+  while (listener.count.load(std::memory_order_acquire) < Notes && Clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  StopSync(clock);
+  Generating = 0;
+  ClockHooks = {};
+  CloseSync(&clock);
+  CloseMidiOut(&out);
+  loop.stop();
+  installMidiDevices(nullptr);
+  installMessageLoop(nullptr);
+  installTimers(nullptr);
+
+  const std::size_t arrived = listener.count.load(std::memory_order_acquire);
+  ASSERT_GE(arrived, static_cast<std::size_t>(Notes));
+  const Clock::time_point first{Clock::duration(firstPassNs.load())};
+  double worstMs = 0;
+  for (int i = 0; i < Notes; ++i) {
+    const Arrival& arrival = listener.arrivals[i];
+    EXPECT_EQ(arrival.bytes[0], i % 2 == 0 ? 0x90 : 0x80) << "message " << i;
+    EXPECT_EQ(arrival.bytes[1], 48 + i) << "message " << i << " out of order";
+    // Tick 12 i falls due on pass 5 i (pass 1 for the first).
+    const int pass = std::max(1, 5 * i);
+    const auto due = first + std::chrono::milliseconds(10 * (pass - 1));
+    const double lateMs = std::chrono::duration<double, std::milli>(arrival.at - due).count();
+    worstMs = std::max(worstMs, lateMs);
+    EXPECT_GE(lateMs, -1.0) << "message " << i << " came early";
+    EXPECT_LE(lateMs, 15.0) << "message " << i << " came late";
+  }
+  std::printf("worst lateness over JACK: %.2f ms\n", worstMs);
+}
+
+}  // namespace
