@@ -29,6 +29,15 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
+// ThreadSanitizer slows every thread so far that JACK's server drops whole
+// cycles: such a build checks the threads and the order of what arrives, and
+// the other builds check that everything arrives, on time.
+#ifdef __SANITIZE_THREAD__
+constexpr bool SlowedDown = true;
+#else
+constexpr bool SlowedDown = false;
+#endif
+
 struct Arrival {
   Clock::time_point at;
   uint8_t bytes[3];
@@ -92,6 +101,9 @@ TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
     GTEST_SKIP() << "no JACK server running (start one with: jackd -d dummy)";
   }
 
+  // Hooks are installed before the clock's timer starts, and taken away after it ends.
+  firstPassNs = 0;
+  ClockHooks.generatorTick = noteFirstPass;
   ThreadTimers timers;
   ThreadedLoop loop;
   StandardDevices devices;
@@ -112,6 +124,13 @@ TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
   SetTempo(clock, 500000);
   ASSERT_EQ(OpenMidiOut(&out, &window, device, clock, MIDI_OPEN_WORD), 0u);
   SetMidiOutFilters(out, 1u << 14 | 1u << 16 | 1u << 18);  // no MIDI clock, Start or Stop here
+  // JACK makes a new connection live in its graph a little after the call returns.
+  const auto connecting = Clock::now() + std::chrono::seconds(5);
+  while (jack_port_connected(listener.port) == 0 && Clock::now() < connecting) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  ASSERT_GT(jack_port_connected(listener.port), 0) << "Velmora's port is connected to the test's";
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // a few process cycles
 
   // Notes every 12 ticks: at 2.4 ticks a pass, exactly on every fifth pass.
   constexpr int Notes = 40;
@@ -120,8 +139,6 @@ TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
     MidiEvent note{i == 0 ? 0u : 12u, static_cast<uint8_t>(i % 2 == 0 ? 0x90 : 0x80), key, 100, 0, nullptr, 0, 0, 0, 0};
     ASSERT_EQ(MidiOut(out, &note), 0u);
   }
-  firstPassNs = 0;
-  ClockHooks.generatorTick = noteFirstPass;
   Generating = 1;
   StartSync(clock);
 
@@ -131,8 +148,8 @@ TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
   }
   StopSync(clock);
   Generating = 0;
-  ClockHooks = {};
   CloseSync(&clock);
+  ClockHooks = {};
   CloseMidiOut(&out);
   loop.stop();
   installMidiDevices(nullptr);
@@ -140,6 +157,17 @@ TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
   installTimers(nullptr);
 
   const std::size_t arrived = listener.count.load(std::memory_order_acquire);
+  if (SlowedDown) {
+    int lastKey = -1;
+    for (std::size_t i = 0; i < arrived; ++i) {
+      const Arrival& arrival = listener.arrivals[i];
+      if (arrival.bytes[2] != 100) continue;  // the test's notes only: Stop resets notes and controllers too
+      EXPECT_GT(arrival.bytes[1], lastKey);
+      lastKey = arrival.bytes[1];
+    }
+    EXPECT_GE(lastKey, 0) << "some notes arrived";
+    return;
+  }
   ASSERT_GE(arrived, static_cast<std::size_t>(Notes));
   const Clock::time_point first{Clock::duration(firstPassNs.load())};
   double worstMs = 0;

@@ -37,9 +37,11 @@ struct PassGuard {
   PassGuard& operator=(const PassGuard&) = delete;
 };
 
-bool has(const SyncClock* clock, uint32_t flag) { return (clock->flags.load(std::memory_order_relaxed) & flag) != 0; }
-void setFlag(SyncClock* clock, uint32_t flag) { clock->flags.fetch_or(flag, std::memory_order_relaxed); }
-void clearFlag(SyncClock* clock, uint32_t flag) { clock->flags.fetch_and(~flag, std::memory_order_relaxed); }
+// Flags publish: what the transport writes before it starts the clock is seen
+// by the pass that finds the clock counting.
+bool has(const SyncClock* clock, uint32_t flag) { return (clock->flags.load(std::memory_order_acquire) & flag) != 0; }
+void setFlag(SyncClock* clock, uint32_t flag) { clock->flags.fetch_or(flag, std::memory_order_release); }
+void clearFlag(SyncClock* clock, uint32_t flag) { clock->flags.fetch_and(~flag, std::memory_order_release); }
 
 bool isSmpteMode(uint32_t mode) { return mode >= SYNC_SMPTE30 && mode <= SYNC_SMPTE24; }
 
