@@ -48,6 +48,18 @@ double rms(const std::vector<int16_t>& samples) {
   return samples.empty() ? 0 : std::sqrt(sum / static_cast<double>(samples.size()));
 }
 
+// The energy of one frequency in the left channel (Goertzel's filter).
+double energyAt(const Wav& wav, double hertz) {
+  const double w = 2 * 3.14159265358979 * hertz / wav.sampleRate;
+  double s1 = 0, s2 = 0;
+  for (std::size_t i = 0; i < wav.samples.size(); i += wav.channels) {
+    const double s0 = wav.samples[i] + 2 * std::cos(w) * s1 - s2;
+    s2 = s1;
+    s1 = s0;
+  }
+  return s1 * s1 + s2 * s2 - 2 * std::cos(w) * s1 * s2;
+}
+
 std::string tempPath(const char* name) { return (std::filesystem::temp_directory_path() / name).string(); }
 
 TEST(DeviceList, NumbersRunOverTheBackendsInTheOrderAdded) {
@@ -129,6 +141,13 @@ TEST_F(SynthTest, OneSecondOfACMajorChordIsHeardAndNeverClips) {
   // Heard: an RMS above 300 of 32767, about -40 dBFS (this chord measures about -34).
   EXPECT_GT(rms(wav.samples), 300.0);
   for (const int16_t s : wav.samples) ASSERT_TRUE(s > -32768 && s < 32767) << "clipped";
+  // The notes played are the notes heard: C4, E4 and G4 each outweigh the
+  // semitones beside them that were not played.
+  for (const double tone : {261.63, 329.63, 392.00}) {
+    for (const double neighbour : {tone * 0.9439, tone * 1.0595}) {
+      EXPECT_GT(energyAt(wav, tone), 4 * energyAt(wav, neighbour)) << tone << " Hz against " << neighbour;
+    }
+  }
   std::filesystem::remove(path);
 }
 
