@@ -183,6 +183,18 @@ class RtInPort final : public MidiInPort {
   RtMidiIn midi_;  // last, so that its thread has ended before the rest goes
 };
 
+// Runs an open, turning what RtMidi throws into a result code.
+template <class Open>
+uint32_t guarded(Open&& open) {
+  try {
+    return open();
+  } catch (const RtMidiError& error) {
+    return ResultOfRtMidiError(error.getType());
+  } catch (const std::bad_alloc&) {
+    return MMSYSERR_NOMEM;
+  }
+}
+
 }  // namespace
 
 uint32_t ResultOfRtMidiError(RtMidiError::Type type) {
@@ -255,32 +267,24 @@ uint32_t RtMidiDevices::inName(uint32_t id, std::string& name) {
 uint32_t RtMidiDevices::outOpen(uint32_t id, MidiOutCallbackFn callback, uintptr_t instance,
                                 std::unique_ptr<MidiOutPort>& port) {
   if (id >= outNames_.size()) return MMSYSERR_BADDEVICEID;
-  try {
+  return guarded([&] {
     auto opened = std::make_unique<RtOutPort>(api_, clientName_, callback, instance);
     const uint32_t result = opened->open(outNames_[id]);
     if (result != MMSYSERR_NOERROR) return result;
     opened->notify(MOM_OPEN, 0);
     port = std::move(opened);
     return MMSYSERR_NOERROR;
-  } catch (const RtMidiError& error) {
-    return ResultOfRtMidiError(error.getType());
-  } catch (const std::bad_alloc&) {
-    return MMSYSERR_NOMEM;
-  }
+  });
 }
 
 uint32_t RtMidiDevices::inOpen(uint32_t id, MidiInCallbackFn callback, uintptr_t instance,
                                std::unique_ptr<MidiInPort>& port) {
   if (id >= inNames_.size()) return MMSYSERR_BADDEVICEID;
-  try {
+  return guarded([&] {
     auto opened = std::make_unique<RtInPort>(api_, clientName_);
     const uint32_t result = opened->open(inNames_[id], callback, instance);
     if (result != MMSYSERR_NOERROR) return result;
     port = std::move(opened);
     return MMSYSERR_NOERROR;
-  } catch (const RtMidiError& error) {
-    return ResultOfRtMidiError(error.getType());
-  } catch (const std::bad_alloc&) {
-    return MMSYSERR_NOMEM;
-  }
+  });
 }
