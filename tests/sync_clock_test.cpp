@@ -724,4 +724,51 @@ TEST(SyncClockRealTimer, TheRealTimerDrivesThePassesOnItsOwnThread) {
   installTimers(nullptr);
 }
 
+// A Stop that comes while a pass is dispatching on the timer thread waits for
+// that pass, and never leaves the ring counting what it does not hold.
+std::atomic<bool> passInDispatch{false};
+std::atomic<bool> firstDispatchDone{false};
+
+void holdTheFirstDispatch(MidiOutHandle*) {
+  if (passInDispatch.exchange(true)) return;
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  firstDispatchDone = true;
+}
+
+TEST(SyncClockRealTimer, AStopDuringADispatchWaitsForThePassAndLeavesTheRingWhole) {
+  passInDispatch = false;
+  firstDispatchDone = false;
+  ClockHooks = {};
+  ClockHooks.sendEvent = holdTheFirstDispatch;  // before the timer's thread starts
+  ThreadTimers timers;
+  ManualLoop loop;
+  LoopbackDevices devices;
+  installTimers(&timers);
+  installMessageLoop(&loop);
+  installMidiDevices(&devices);
+  RecordingWindow window;
+  SyncClock* clock = nullptr;
+  MidiOutHandle* out = nullptr;
+  ASSERT_EQ(OpenSync(&clock, &window, SYNC_INTERNAL, 2), 0u);
+  SetResolution(clock, 120);
+  SetTempo(clock, 500000);
+  ASSERT_EQ(OpenMidiOut(&out, &window, 0, clock, MIDI_OPEN_WORD), 0u);
+  for (int key : {60, 62}) {
+    MidiEvent note{0, 0x90, static_cast<uint8_t>(key), 100, 0, nullptr, 0, 0, 0, 0};
+    MidiOut(out, &note);
+  }
+  StartSync(clock);
+  while (!passInDispatch.load()) std::this_thread::yield();
+  StopSync(clock);  // the pass is inside its dispatch now
+  EXPECT_TRUE(firstDispatchDone.load()) << "Stop returned while the pass was still dispatching";
+  EXPECT_EQ(out->ringCount.load(), 0u);
+  EXPECT_EQ(out->readIndex.load(), 0u);
+  CloseSync(&clock);
+  CloseMidiOut(&out);
+  ClockHooks = {};
+  installMidiDevices(nullptr);
+  installMessageLoop(nullptr);
+  installTimers(nullptr);
+}
+
 }  // namespace

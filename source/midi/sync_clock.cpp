@@ -399,7 +399,10 @@ void ReStartSync(SyncClock* clock) {
 
 void StopSync(SyncClock* clock) {
   if (clock == nullptr) return;
-  clock->flags = 0;
+  clock->flags.store(0, std::memory_order_release);
+  // A pass still under way ends before the outputs are reset, so that it
+  // cannot take an event from a ring that the reset has just emptied.
+  WaitForClockPasses();
   forEachOutput(clock, [clock](MidiOutHandle* out) {
     if (clock->mode != SYNC_MIDI && sendsSync(out, 0xFC)) midiOutShortMsg(out->device, 0xFC);
     ResetMidiOut(out);
