@@ -83,3 +83,56 @@ void SetBankDefaults() {
   FunctionsRate = 10;
   Overlap = 0;
 }
+
+SharedWord<int16_t>& LowerBound(Distribution d) {
+  Bank& b = LiveBank;
+  switch (d) {
+    case NotesDistribution:
+      return b.noteMin;
+    case VelocityDistribution:
+      return b.velocityMin;
+    case VoicesDistribution:
+      return b.voicesMin;
+    case DensityDistribution:
+      return b.densityMin;
+    default:
+      return b.lengthMin;
+  }
+}
+
+SharedWord<int16_t>& UpperBound(Distribution d) {
+  Bank& b = LiveBank;
+  switch (d) {
+    case NotesDistribution:
+      return b.noteMax;
+    case VelocityDistribution:
+      return b.velocityMax;
+    case VoicesDistribution:
+      return b.voicesMax;
+    case DensityDistribution:
+      return b.densityMax;
+    default:
+      return b.lengthMax;
+  }
+}
+
+void SumDistribution(Distribution d) {
+  Bank& b = LiveBank;
+  switch (d) {
+    case NotesDistribution:
+      SumWeights(b.noteMin, b.noteMax, b.noteWeights, NoteSum);
+      break;
+    case VelocityDistribution:
+      SumWeights(b.velocityMin, b.velocityMax, b.velocityWeights, VelocitySum);
+      break;
+    case VoicesDistribution:
+      SumWeights(b.voicesMin, b.voicesMax, b.voiceWeights, VoicesSum);
+      break;
+    case DensityDistribution:
+      SumWeights(b.densityMin, b.densityMax, b.densityWeights, DensitySum);
+      break;
+    default:
+      SumWeights(b.lengthMin, b.lengthMax, b.lengthWeights, LengthSum);
+      break;
+  }
+}

@@ -46,7 +46,7 @@ struct Bank {
   SharedWord<uint32_t> boardFlags;  // bit n: board n is on
   // The tail: a stored record's own copy of what stands beside the live one.
   uint32_t functionLength = 0;
-  std::array<std::unique_ptr<uint8_t[]>, FunctionCount> functions;  // owned by a stored record
+  std::array<std::unique_ptr<int8_t[]>, FunctionCount> functions;  // owned by a stored record
   uint32_t functionsFilters = 0;
   uint32_t overlap = 0;
   uint32_t functionsRate = 0;
@@ -90,3 +90,18 @@ int16_t DrawWeighted(std::span<const Weight> table, int16_t sum, int16_t start);
 
 // Fills the live record, FunctionsRate and Overlap with the defaults.
 void SetBankDefaults();
+
+// The five Distributions of the live record, in the order of the Control
+// Panel's columns and of the function arrays.
+enum Distribution : int {
+  NotesDistribution,
+  VelocityDistribution,
+  VoicesDistribution,
+  DensityDistribution,
+  LengthDistribution,
+  DistributionCount
+};
+SharedWord<int16_t>& LowerBound(Distribution d);
+SharedWord<int16_t>& UpperBound(Distribution d);
+// Recomputes the Distribution's sum with its current bounds.
+void SumDistribution(Distribution d);

@@ -20,8 +20,10 @@ namespace {
 // Clocks that are open now; UI thread only.
 std::vector<SyncClock*> liveClocks;
 
-// Passes under way on any thread, so that what a pass reaches can be released safely.
+// Passes under way on any thread, so that what a pass reaches can be released
+// safely; and those of this thread, which a wait must not wait for.
 std::atomic<int> passesRunning{0};
+thread_local int passesOnThisThread = 0;
 
 // Counts passes towards the next NM_SYNC_TICK.
 SharedWord<uint32_t> syncTickDivider;
@@ -31,8 +33,14 @@ constexpr uint32_t QuarterFrameLength[4] = {2133333, 2135467, 2560000, 2666667};
 constexpr uint32_t FramesPerSecond[4] = {30, 30, 25, 24};
 
 struct PassGuard {
-  PassGuard() { passesRunning.fetch_add(1); }
-  ~PassGuard() { passesRunning.fetch_sub(1); }
+  PassGuard() {
+    ++passesOnThisThread;
+    passesRunning.fetch_add(1);
+  }
+  ~PassGuard() {
+    passesRunning.fetch_sub(1);
+    --passesOnThisThread;
+  }
   PassGuard(const PassGuard&) = delete;
   PassGuard& operator=(const PassGuard&) = delete;
 };
@@ -515,9 +523,11 @@ void DetachClockOutput(SyncClock* clock, MidiOutHandle* out) {
 }
 
 void WaitForClockPasses() {
-  if (passesRunning.load() == 0) return;
+  // A pass that stops its own clock (the generator's drain) waits only for the others.
+  const int own = passesOnThisThread;
+  if (passesRunning.load() <= own) return;
   MessageLoop* loop = messageLoop();
   if (loop != nullptr) loop->refuseSends(true);  // a pass may wait for this thread
-  while (passesRunning.load() != 0) std::this_thread::yield();
+  while (passesRunning.load() > own) std::this_thread::yield();
   if (loop != nullptr) loop->refuseSends(false);
 }

@@ -5,7 +5,12 @@
 
 #include <cstdint>
 
+#include "platform/message_loop.h"
 #include "platform/shared_word.h"
+
+struct SyncClock;
+struct MidiInHandle;
+struct MidiOutHandle;
 
 extern SharedWord<uint32_t> Playing;
 extern SharedWord<uint32_t> Recording;
@@ -14,3 +19,19 @@ extern SharedWord<uint32_t> Generating;  // the generator runs in every pass
 extern SharedWord<uint32_t> Draining;    // the generator only ends what still sounds
 extern SharedWord<uint32_t> Linked;      // the generator follows the transport
 extern SharedWord<uint32_t> SongPosition;
+extern SharedWord<uint32_t> SongResolution;  // ticks per quarter note of the song
+extern SharedWord<uint32_t> Numerator;       // beats per bar
+extern SharedWord<uint32_t> Denominator;
+
+// The live system that the Control Bar owns: one clock, one input, one output.
+extern SyncClock* TheClock;
+extern MidiInHandle* TheMidiIn;
+extern MidiOutHandle* TheMidiOut;
+
+// The Control Bar, which takes the clock's and the input's notifications, and
+// its buttons, to which others post BUTTON_SET_STATE. Null while there is none.
+extern platform::MessageTarget* ControlBarWindow;
+platform::MessageTarget* ControlBarControl(uint32_t id);
+void SetControlBarControl(uint32_t id, platform::MessageTarget* control);
+
+inline constexpr uint32_t BUTTON_SET_STATE = 1324;

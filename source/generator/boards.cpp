@@ -1,0 +1,64 @@
+#include "generator/boards.h"
+
+#include "generator/bank.h"
+#include "midi/midi_out.h"
+#include "platform/view_registry.h"
+#include "transport/transport_state.h"
+
+namespace {
+
+void sendNow(uint8_t status, uint8_t data1, uint8_t data2) {
+  MidiEvent event{SEND_NOW, status, data1, data2, 0, nullptr, 0, 0, 0, 0};
+  MidiOut(TheMidiOut, &event);
+}
+
+// Resets, on all 16 channels from 15 down, the controllers of the kinds that are on.
+void resetKindsThatAreOn(uint32_t flags) {
+  for (int c = 15; c >= 0; --c) {
+    const auto channel = static_cast<uint8_t>(c);
+    if ((flags & 31) != 0) sendNow(0xE0 | channel, 0, 64);
+    if ((flags >> 5 & 1) != 0) sendNow(0xB0 | channel, 1, 0);
+    if ((flags >> 6 & 1) != 0) sendNow(0xB0 | channel, 2, 0);
+    if ((flags >> 7 & 1) != 0) sendNow(0xB0 | channel, 7, 64);
+    if ((flags >> 8 & 1) != 0) sendNow(0xB0 | channel, 10, 64);
+    if ((flags >> 9 & 1) != 0) sendNow(0xD0 | channel, 0, 0);
+  }
+}
+
+}  // namespace
+
+void SwitchBoard(uint32_t id) {
+  if (id < 350 || id > 359) return;
+  const uint32_t bit = 1u << (id - 350);
+  const uint32_t flags = LiveBank.boardFlags;
+  if ((flags & bit) != 0) resetKindsThatAreOn(flags);
+  LiveBank.boardFlags = flags ^ bit;
+}
+
+void PressBoardButton(uint32_t id) {
+  if (id < 350 || id > 359) return;
+  if (id < 355) {
+    for (uint32_t other = 350; other < 355; ++other) {
+      if (other != id && (LiveBank.boardFlags >> (other - 350) & 1) != 0) SwitchBoard(other);
+    }
+  }
+  SwitchBoard(id);
+  if (id < 355) SelectedPitchBoard = static_cast<uint8_t>(id - 350);
+}
+
+void ClearBoards(platform::MessageTarget*) {
+  LiveBank.boardFlags = 0;
+  RefreshIfOpen(BoardsOpen, BoardsWindow);  // the window sets its buttons from the flags
+}
+
+void RefreshBoards(platform::MessageTarget* window) {
+  LiveBank.boardFlags = 0;
+  const uint32_t pending = PendingBoardFlags;
+  for (uint32_t id = 350; id <= 359; ++id) {
+    if ((pending >> (id - 350) & 1) == 0) continue;
+    SwitchBoard(id);
+    if (id < 355) SelectedPitchBoard = static_cast<uint8_t>(id - 350);
+  }
+  (void)window;
+  RefreshIfOpen(BoardsOpen, BoardsWindow);
+}

@@ -1,0 +1,97 @@
+#include "generator/control_panel.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "generator/bank.h"
+#include "generator/generator_tick.h"
+#include "platform/view_registry.h"
+
+SharedWord<uint32_t> BarGuard = 1;
+
+void RefreshControlPanel(platform::MessageTarget*) {
+  int16_t count = 0;
+  for (int n = 0; n < 16; ++n) {
+    const bool on = (LiveBank.channelMask >> n & 1) != 0;
+    ChannelWeights[n] = on ? 1 : 0;
+    if (on) ++count;
+  }
+  ChannelCount = count;
+  for (const Distribution d :
+       {NotesDistribution, VelocityDistribution, LengthDistribution, DensityDistribution, VoicesDistribution}) {
+    SumDistribution(d);
+  }
+  if (ControlPanelOpen != 1) return;
+  BarGuard = 0;
+  RefreshIfOpen(ControlPanelOpen, ControlPanelWindow);  // the panel sets its buttons and bars
+  BarGuard = 1;
+}
+
+uint32_t CommitBoundBar(uint32_t bar, int16_t v) {
+  if (bar < 1280 || bar > 1289) return 0;
+  const auto d = static_cast<Distribution>((bar - 1280) / 2);
+  const bool upper = (bar - 1280) % 2 == 0;
+  (upper ? UpperBound(d) : LowerBound(d)) = v;
+  uint32_t partner = 0;
+  if (BarGuard == 1) {
+    if (upper && LowerBound(d) > v) partner = bar + 1;
+    if (!upper && UpperBound(d) < v) partner = bar - 1;
+  }
+  SumDistribution(d);
+  return partner;
+}
+
+uint32_t MapTimeScale(uint32_t position) { return position <= 240 ? position : 240 + (position - 240) * 10; }
+
+void CommitTimeControl(uint32_t position) {
+  LiveBank.timeControl = static_cast<int16_t>(position);
+  TimeBase = MapTimeScale(position);
+}
+
+void CommitFunctionsRate(uint32_t position) { FunctionsRate = position; }
+
+bool SwitchChannel(uint32_t id) {
+  if (id < 201 || id > 216) return true;
+  const uint32_t n = id - 201;
+  const auto bit = static_cast<uint16_t>(1u << n);
+  if ((LiveBank.channelMask & bit) != 0) {
+    if (ChannelCount == 1) return false;
+    ChannelWeights[n] = 0;
+    ChannelCount = static_cast<int16_t>(ChannelCount - 1);
+  } else {
+    ChannelCount = static_cast<int16_t>(ChannelCount + 1);
+    ChannelWeights[n] = 1;
+  }
+  LiveBank.channelMask = static_cast<uint16_t>(LiveBank.channelMask ^ bit);
+  return true;
+}
+
+int FieldNumber(const std::string& text) { return static_cast<int>(std::strtol(text.c_str(), nullptr, 10)); }
+
+PitchSettingsCheck CheckPitchSettings(const PitchSettings& s) {
+  if (!s.intervalMode) return {true, {}, 0};
+  if (s.minimum < 0 || s.minimum > 116) return {false, "Minimum Bound is not in the range 0 to 116.", 101};
+  if (s.maximum < 11 || s.maximum > 127) return {false, "Maximum Bound is not in the range 11 to 127.", 102};
+  if (s.maximum - s.minimum < 11) {
+    return {false, "Maximun Bound and Minimum Bound diference must be equal or greater than 11.", 102};
+  }
+  if (s.fromNote < s.minimum || s.fromNote > s.maximum) {
+    char text[64];
+    std::snprintf(text, sizeof text, "Value is not in the range %d to %d.", s.minimum, s.maximum);
+    return {false, text, 513};
+  }
+  return {true, {}, 0};
+}
+
+void ApplyPitchSettings(const PitchSettings& s) {
+  if (s.intervalMode) {
+    IntervalMode = 1;
+    FromNote = static_cast<int16_t>(s.fromNote);
+    PitchWalk = s.fromNote;
+    IntervalMin = static_cast<int16_t>(s.minimum);
+    IntervalMax = static_cast<int16_t>(s.maximum);
+  } else {
+    IntervalMode = 0;
+  }
+  Mirror = s.mirror ? 1 : 0;
+}

@@ -1,0 +1,195 @@
+#include "generator/generator_tick.h"
+
+#include "generator/bank.h"
+#include "generator/functions.h"
+#include "midi/midi_out.h"
+#include "midi/sync_clock.h"
+#include "platform/view_registry.h"
+#include "trandom.h"
+#include "transport/clock_placing.h"
+#include "transport/transport_state.h"
+
+std::array<SoundingChord, RingSlots> SoundingRing;
+SharedWord<uint32_t> Now, NextChordTick, NextStepTick, WriteSlot;
+SharedWord<int16_t> ChordChannel;
+SharedWord<uint32_t> ChordStart, ChordDuration, BoardIndex, LastBoardIndex;
+SharedWord<int32_t> PitchWalk;
+SharedWord<uint32_t> PitchBoardMask = 31;
+
+namespace {
+
+uint32_t clockNow() { return TheClock != nullptr ? TheClock->now.load() : 0; }
+
+void play(uint8_t status, uint8_t data1, uint8_t data2) {
+  MidiEvent event{SEND_NOW, status, data1, data2, 0, nullptr, 0, 0, 0, 0};
+  MidiOut(TheMidiOut, &event);
+}
+
+void endChord(SoundingChord& chord) {
+  for (int v = 0; v < chord.voiceCount; ++v) {
+    const auto& voice = chord.voices[v];
+    play(static_cast<uint8_t>(0x90 | voice[0]), voice[1], 0);
+  }
+  chord.offTime = 0;
+}
+
+void endDueChords() {
+  for (SoundingChord& chord : SoundingRing) {
+    const uint32_t off = chord.offTime;
+    if (off != 0 && off < Now) endChord(chord);
+  }
+}
+
+void stepFunctions() {
+  if (FunctionLength == 0 || FunctionsFilters == 0 || Now < NextStepTick) return;
+  if (ControlPanelOpen == 1) {
+    PostFunctionStep(FunctionIndex);
+  } else {
+    ApplyFunctionStep(FunctionIndex);
+  }
+  if (FunctionsRate != 0) NextStepTick += FunctionsRate;
+  FunctionIndex += 1;
+  if (FunctionIndex >= static_cast<uint32_t>(FunctionLength.load())) {
+    FunctionIndex = 0;
+    if (FunctionsPeriodic == 0) {
+      Generating = 0;
+      Draining = 1;
+    }
+  }
+}
+
+uint8_t drawNote() {
+  const Bank& bank = LiveBank;
+  const int16_t drawn = DrawWeighted(bank.noteWeights, NoteSum, bank.noteMin);
+  if (IntervalMode == 0) return static_cast<uint8_t>(drawn);
+  int32_t step = drawn;
+  const auto coin = static_cast<int32_t>(tdrand() * 1.0 + 0.0 + 0.5);
+  if (coin == Mirror) step = -step;
+  int32_t walk = PitchWalk + step;
+  while (walk < IntervalMin) walk += 12;
+  while (walk > IntervalMax) walk -= 12;
+  PitchWalk = walk;
+  return static_cast<uint8_t>(walk);
+}
+
+void drawChord() {
+  const Bank& bank = LiveBank;
+  VelocityMask = 255;
+  int16_t d = DrawWeighted(bank.densityWeights, DensitySum, bank.densityMin);
+  if (VelocityMask == 0) d = 10;
+  const uint32_t timeBase = TimeBase;
+  NextChordTick += static_cast<uint32_t>(d) * timeBase / 120;
+  if (FunctionsRate == 0) NextStepTick = NextChordTick.load();
+  const int16_t length = DrawWeighted(bank.lengthWeights, LengthSum, bank.lengthMin);
+  const int16_t l = Overlap != 0 ? length : static_cast<int16_t>(int32_t{length} * d / 120);
+  ChordDuration = static_cast<uint32_t>(l) * timeBase / 100;
+  ChordStart = Now.load();
+  SoundingChord& chord = SoundingRing[WriteSlot];
+  chord.offTime = Now + ChordDuration;
+  LastBoardIndex = 0xFFFFFFFFu;
+  chord.voiceCount = DrawWeighted(bank.voiceWeights, VoicesSum, bank.voicesMin);
+  const int16_t channel = DrawChannel();
+  ChordChannel = channel;
+  for (int v = 0; v < chord.voiceCount; ++v) {
+    auto& voice = chord.voices[v];
+    voice[0] = static_cast<uint8_t>(channel);
+    voice[1] = drawNote();
+    voice[2] = static_cast<uint8_t>(DrawWeighted(bank.velocityWeights, VelocitySum, bank.velocityMin));
+    play(static_cast<uint8_t>(0x90 | channel), voice[1], static_cast<uint8_t>(voice[2] & VelocityMask));
+  }
+  WriteSlot = WriteSlot + 1 == RingSlots ? 0 : WriteSlot + 1;
+}
+
+// A curve's entry at the board index; the index runs on through the following
+// curves, and past the last curve it reads 0.
+uint8_t curveValue(uint32_t curve, uint32_t index) {
+  const uint64_t flat = uint64_t{curve} * BoardPoints + index;
+  if (flat >= uint64_t{BoardCount} * BoardPoints) return 0;
+  return static_cast<uint8_t>(LiveBank.boardCurves[flat / BoardPoints][flat % BoardPoints].load());
+}
+
+void playBoards() {
+  const uint32_t flags = LiveBank.boardFlags;
+  if (flags == 0) return;
+  const uint32_t duration = ChordDuration;
+  // A chord of no length is over as it starts: its curves stand at their end.
+  const uint32_t index = duration != 0 ? (Now - ChordStart) * 127 / duration : 127;
+  BoardIndex = index;
+  if (index == LastBoardIndex) return;
+  LastBoardIndex = index;
+  const auto channel = static_cast<uint8_t>(ChordChannel.load() & 0x0F);
+  if ((flags & PitchBoardMask) != 0) play(0xE0 | channel, 0, curveValue(SelectedPitchBoard, index));
+  static constexpr uint8_t Controllers[4] = {1, 2, 7, 10};
+  for (uint32_t board = 5; board <= 8; ++board) {
+    if ((flags >> board & 1) != 0) play(0xB0 | channel, Controllers[board - 5], curveValue(board, index));
+  }
+  if ((flags >> 9 & 1) != 0) play(0xD0 | channel, curveValue(9, index), 0);
+}
+
+}  // namespace
+
+int16_t DrawChannel() {
+  const double r = tdrand();
+  const auto target = static_cast<int16_t>(r * (ChannelCount - 1) + 1.0 + 0.5);
+  int16_t total = 0;
+  int channel = 0;
+  while (target > total && channel < 16) total = static_cast<int16_t>(total + ChannelWeights[channel++]);
+  // With no channel to draw (a mask never refreshed) the chord plays on channel 1.
+  if (target > total || channel == 0) return 0;
+  return static_cast<int16_t>(channel - 1);
+}
+
+void GeneratorTick() {
+  Now = clockNow();
+  endDueChords();
+  stepFunctions();
+  if (Now >= NextChordTick) drawChord();
+  playBoards();
+}
+
+void GeneratorDrain() {
+  Now = clockNow();
+  Draining = 0;
+  for (SoundingChord& chord : SoundingRing) {
+    const uint32_t off = chord.offTime;
+    if (off == 0) continue;
+    Draining = 1;
+    if (off < Now) endChord(chord);
+  }
+  if (Draining == 1) return;
+  platform::post(ControlBarControl(200), BUTTON_SET_STATE, 0, 0);
+  if (Recording == 1 || Playing == 1) return;
+  platform::post(ControlBarControl(109), BUTTON_SET_STATE, 0, 0);
+  if (TheMidiOut != nullptr) TheMidiOut->flags.fetch_and(~METRONOME_ON);
+  StopSync(TheClock);
+  SongPosition = clockNow();
+  platform::post(ControlBarWindow, NM_SYNC_TICK, 0, reinterpret_cast<uintptr_t>(TheClock));
+  ResetMidiOut(TheMidiOut);
+}
+
+void GeneratorReset() {
+  if (FunctionLength != 0) ApplyFirstStep();
+  FunctionIndex = 0;
+  PitchWalk = FromNote.load();
+  PitchBoardMask = 31;
+  Now = clockNow();
+  NextStepTick = Now.load();
+  NextChordTick = Now.load();
+  tdseed(Seed);
+}
+
+void GeneratorToggle() {
+  if (Generating == 1) {
+    Generating = 0;
+    Draining = 1;
+    return;
+  }
+  if (Recording != 1 && Playing != 1) StartClockForGenerator();
+  GeneratorReset();
+  Generating = 1;
+}
+
+void InstallGeneratorHooks() {
+  ClockHooks.generatorTick = GeneratorTick;
+  ClockHooks.generatorDrain = GeneratorDrain;
+}
