@@ -1,5 +1,6 @@
 #include "generator/control_panel.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -39,6 +40,21 @@ uint32_t CommitBoundBar(uint32_t bar, int16_t v) {
   }
   SumDistribution(d);
   return partner;
+}
+
+void CommitPanelFromBank() {
+  static constexpr int16_t BarRange[DistributionCount] = {127, 127, 32, 120, 100};
+  constexpr int32_t HorizontalRange = 395;
+  BarGuard = 0;
+  CommitTimeControl(static_cast<uint32_t>(std::clamp<int32_t>(LiveBank.timeControl, 0, HorizontalRange)));
+  CommitFunctionsRate(std::min<uint32_t>(FunctionsRate, HorizontalRange));
+  for (int d = 0; d < DistributionCount; ++d) {
+    const auto distribution = static_cast<Distribution>(d);
+    const auto bar = static_cast<uint32_t>(1280 + 2 * d);
+    CommitBoundBar(bar, std::clamp<int16_t>(UpperBound(distribution), 0, BarRange[d]));
+    CommitBoundBar(bar + 1, std::clamp<int16_t>(LowerBound(distribution), 0, BarRange[d]));
+  }
+  BarGuard = 1;
 }
 
 uint32_t MapTimeScale(uint32_t position) { return position <= 240 ? position : 240 + (position - 240) * 10; }

@@ -22,6 +22,11 @@ void RefreshControlPanel(platform::MessageTarget* window);
 // pair ordered (the panel sets it, and its commit follows), or 0.
 uint32_t CommitBoundBar(uint32_t bar, int16_t v);
 
+// What opening the panel does to the set-up: each bar takes its value from the
+// record, within its range (the vertical bars 127, 127, 32, 120, 100; the
+// horizontal ones 395), and commits it, the pairs not pushing each other.
+void CommitPanelFromBank();
+
 // The map of the two horizontal bars: a position up to 240 stands for itself,
 // above it for 240 + (position - 240) * 10.
 uint32_t MapTimeScale(uint32_t position);

@@ -531,3 +531,13 @@ void WaitForClockPasses() {
   while (passesRunning.load() > own) std::this_thread::yield();
   if (loop != nullptr) loop->refuseSends(false);
 }
+
+void HoldClockPasses(SyncClock* clock) {
+  if (clock == nullptr) return;
+  setFlag(clock, SYNC_IN_TICK);
+  WaitForClockPasses();
+}
+
+void ReleaseClockPasses(SyncClock* clock) {
+  if (clock != nullptr) clearFlag(clock, SYNC_IN_TICK);
+}

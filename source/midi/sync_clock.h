@@ -127,5 +127,10 @@ bool AttachClockOutput(SyncClock* clock, MidiOutHandle* out);
 void DetachClockOutput(SyncClock* clock, MidiOutHandle* out);
 void WaitForClockPasses();
 
+// Keeps the passes out while a whole set-up is replaced: sets SYNC_IN_TICK,
+// which the timer's passes honour, and waits for a pass under way. UI thread.
+void HoldClockPasses(SyncClock* clock);
+void ReleaseClockPasses(SyncClock* clock);
+
 // Passes begun since the program started, for logs and tests.
 extern std::atomic<uint32_t> ClockPassCount;

@@ -13,11 +13,13 @@ void installMessageLoop(MessageLoop* loop) { installedLoop.store(loop, std::memo
 MessageLoop* messageLoop() { return installedLoop.load(std::memory_order_acquire); }
 
 bool post(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t param2) {
+  if (target == nullptr) return false;  // no window to tell: nothing to queue
   MessageLoop* loop = messageLoop();
   return loop != nullptr && loop->post(target, msg, param1, param2);
 }
 
 intptr_t send(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t param2) {
+  if (target == nullptr) return 0;
   MessageLoop* loop = messageLoop();
   return loop != nullptr ? loop->send(target, msg, param1, param2) : 0;
 }

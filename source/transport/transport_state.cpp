@@ -12,6 +12,7 @@ SyncClock* TheClock = nullptr;
 MidiInHandle* TheMidiIn = nullptr;
 MidiOutHandle* TheMidiOut = nullptr;
 platform::MessageTarget* ControlBarWindow = nullptr;
+std::string MidiFilesDir, VelmoraFilesDir, DistributionFilesDir, FunctionFilesDir;
 
 namespace {
 

@@ -4,6 +4,7 @@
 // the generator and the device callbacks read them.
 
 #include <cstdint>
+#include <string>
 
 #include "platform/message_loop.h"
 #include "platform/shared_word.h"
@@ -35,3 +36,7 @@ platform::MessageTarget* ControlBarControl(uint32_t id);
 void SetControlBarControl(uint32_t id, platform::MessageTarget* control);
 
 inline constexpr uint32_t BUTTON_SET_STATE = 1324;
+
+// The folders each kind of file dialog opens in; each takes the folder of
+// the last file of its kind. UI thread only.
+extern std::string MidiFilesDir, VelmoraFilesDir, DistributionFilesDir, FunctionFilesDir;

@@ -1,0 +1,285 @@
+#include "generator/setup_files.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <new>
+
+#include "generator/boards.h"
+#include "generator/byte_io.h"
+#include "generator/control_panel.h"
+#include "generator/functions.h"
+#include "generator/generator_tick.h"
+#include "midi/sync_clock.h"
+#include "platform/prompts.h"
+#include "platform/view_registry.h"
+#include "transport/clock_placing.h"
+#include "transport/transport_state.h"
+
+using namespace platform;
+
+std::array<std::unique_ptr<Bank>, BankSlotCount> BankSlots;
+
+namespace {
+
+constexpr char Magic[4] = {'V', 'L', 'h', 'd'};
+
+void stop(const std::string& text, const std::string& title = "Velmora") {
+  if (Prompts* p = prompts()) p->messageBox(text, title, MB_ICONSTOP);
+}
+
+// The fields that live in a Bank record, from the weight tables to the curves.
+template <class Io, class B>
+void recordBody(Io& io, B& bank) {
+  for (auto* table : {&bank.noteWeights, &bank.velocityWeights}) {
+    for (auto& w : *table) io.template field<int16_t>(w);
+  }
+  for (auto& w : bank.lengthWeights) io.template field<int16_t>(w);
+  for (auto& w : bank.densityWeights) io.template field<int16_t>(w);
+  for (auto& w : bank.voiceWeights) io.template field<int16_t>(w);
+  for (auto* bound : {&bank.noteMin, &bank.noteMax, &bank.velocityMin, &bank.velocityMax, &bank.voicesMin,
+                      &bank.voicesMax, &bank.densityMin, &bank.densityMax, &bank.lengthMin, &bank.lengthMax}) {
+    io.template field<int16_t>(*bound);
+  }
+  io.template field<uint16_t>(bank.channelMask);
+  io.template field<int16_t>(bank.timeControl);
+  for (auto& curve : bank.boardCurves) {
+    for (auto& point : curve) io.template field<int16_t>(point);
+  }
+}
+
+// The live set-up's fields after the arrays; the board flags, tempo and
+// resolution come from and go to places that differ between reading and writing.
+template <class Io, class Flags, class Tempo, class Resolution>
+void liveFields(Io& io, Flags& flags, Tempo& tempo, Resolution& resolution) {
+  io.template field<uint32_t>(FunctionsFilters);
+  io.template field<uint32_t>(Overlap);
+  io.template field<uint32_t>(FunctionsRate);
+  recordBody(io, LiveBank);
+  io.template field<uint32_t>(flags);
+  io.template field<uint32_t>(tempo);
+  io.template field<uint32_t>(resolution);
+  io.template field<int32_t>(Seed);
+  io.template field<uint32_t>(IntervalMode);
+  io.template field<int16_t>(FromNote);
+  io.template field<int16_t>(IntervalMin);
+  io.template field<int16_t>(IntervalMax);
+  io.template field<int16_t>(Mirror);
+}
+
+// A stored bank's fields after the arrays, all of them its own.
+template <class Io, class B>
+void bankFields(Io& io, B& bank) {
+  io.template field<uint32_t>(bank.functionsFilters);
+  io.template field<uint32_t>(bank.overlap);
+  io.template field<uint32_t>(bank.functionsRate);
+  recordBody(io, bank);
+  io.template field<uint32_t>(bank.boardFlags);
+  io.template field<uint32_t>(bank.tempo);
+  io.template field<uint32_t>(bank.resolution);
+  io.template field<uint32_t>(bank.seed);
+  io.template field<uint32_t>(bank.intervalMode);
+  io.template field<int16_t>(bank.fromNote);
+  io.template field<int16_t>(bank.intervalMin);
+  io.template field<int16_t>(bank.intervalMax);
+  io.template field<int16_t>(bank.mirror);
+}
+
+void writeArrays(ByteWriter& out, uint32_t length, const std::array<const int8_t*, FunctionCount>& arrays) {
+  out.putBytes(std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(Magic), 4));
+  out.put<uint32_t>(length);
+  for (const int8_t* array : arrays) {
+    if (array != nullptr) {
+      out.putBytes(std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(array), length));
+    } else {
+      for (uint32_t i = 0; i < length; ++i) out.put<uint8_t>(0);
+    }
+  }
+}
+
+// Checks the magic; a file of another kind shows what it starts with instead.
+bool magicFits(ByteReader& in) {
+  char magic[5] = {};
+  in.getBytes(reinterpret_cast<uint8_t*>(magic), 4);
+  if (std::memcmp(magic, Magic, 4) == 0) return true;
+  stop(magic, "Error");
+  return false;
+}
+
+FileDialog velmoraFiles(const char* title, bool open) {
+  FileDialog dialog;
+  dialog.title = title;
+  dialog.filters = {{"Velmora Files(*.vlm)", "*.vlm"}};
+  if (open) dialog.filters.push_back({"All files (*.*)", "*.*"});
+  dialog.initialDirectory = VelmoraFilesDir;
+  dialog.defaultExtension.assign(1, '*');  // "*", said so to spare GCC 12 a false -Wrestrict
+  dialog.mustExist = open;
+  dialog.askToOverwrite = !open;
+  return dialog;
+}
+
+std::optional<std::string> choose(const char* title, bool open) {
+  Prompts* p = prompts();
+  if (p == nullptr) return std::nullopt;
+  auto path = open ? p->openFileName(velmoraFiles(title, open)) : p->saveFileName(velmoraFiles(title, open));
+  if (path) VelmoraFilesDir = std::filesystem::path(*path).parent_path().string();
+  return path;
+}
+
+// The file's contents, or a message and nothing when it cannot be read.
+std::optional<std::vector<uint8_t>> readOrSay(const std::string& path) {
+  auto bytes = ReadWholeFile(path);
+  if (!bytes) stop("Could not open file.");
+  return bytes;
+}
+
+int saveOrSay(const std::string& path, const std::vector<uint8_t>& bytes) {
+  if (WriteFileSafely(path, bytes)) return 1;
+  std::string text = "Could not write the file ";
+  text += path;
+  text += ". The old file, if there was one, is as it was.";
+  stop(text);
+  return 0;
+}
+
+}  // namespace
+
+std::optional<std::vector<uint8_t>> ReadWholeFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return std::nullopt;
+  std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  if (file.bad()) return std::nullopt;
+  return bytes;
+}
+
+bool WriteFileSafely(const std::string& path, std::span<const uint8_t> bytes) {
+  const std::string partial = path + ".partial";
+  {
+    std::ofstream file(partial, std::ios::binary | std::ios::trunc);
+    if (!file) return false;
+    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    file.flush();
+    if (!file) {
+      file.close();
+      std::remove(partial.c_str());
+      return false;
+    }
+  }
+  std::error_code error;
+  std::filesystem::rename(partial, path, error);
+  if (error) std::remove(partial.c_str());
+  return !error;
+}
+
+std::vector<uint8_t> ParameterFileBytes() {
+  ByteWriter out;
+  const auto length = static_cast<uint32_t>(FunctionLength.load());
+  std::array<const int8_t*, FunctionCount> arrays{};
+  for (int f = 0; f < FunctionCount; ++f) arrays[f] = FunctionArrays[f].get();
+  writeArrays(out, length, arrays);
+  const SharedWord<uint32_t>& flags = LiveBank.boardFlags;
+  const uint32_t tempo = SongTempo();
+  const uint32_t resolution = GetResolution(TheClock);
+  liveFields(out, flags, tempo, resolution);
+  return out.bytes();
+}
+
+std::vector<uint8_t> BankFileBytes(const Bank& bank) {
+  ByteWriter out;
+  std::array<const int8_t*, FunctionCount> arrays{};
+  for (int f = 0; f < FunctionCount; ++f) arrays[f] = bank.functions[f].get();
+  writeArrays(out, bank.functionLength, arrays);
+  bankFields(out, bank);
+  return out.bytes();
+}
+
+int LoadParameterFile(MessageTarget* window, const std::string& path) {
+  const auto bytes = readOrSay(path);
+  if (!bytes) return 0;
+  ByteReader in(*bytes);
+  if (!magicFits(in)) return 0;
+  // A file that ends before its length keeps the length in force.
+  uint32_t length = static_cast<uint32_t>(FunctionLength.load());
+  in.get(length);
+  if (length > static_cast<uint32_t>(MaxFunctionLength)) {
+    stop("Not enough memory. Try with another length.");
+    return 0;
+  }
+  // The clock is held off before the arrays are replaced, so no pass reads freed ones.
+  HoldClockPasses(TheClock);
+  if (ResizeFunctions(window, static_cast<int32_t>(length)) == 0) {
+    ReleaseClockPasses(TheClock);
+    return 0;
+  }
+  for (auto& array : FunctionArrays) {
+    if (length > 0 && array) in.getBytes(reinterpret_cast<uint8_t*>(array.get()), length);
+  }
+  FunctionLength = static_cast<int32_t>(length);
+  uint32_t tempo = SongTempo();
+  uint32_t resolution = SongResolution;
+  liveFields(in, PendingBoardFlags, tempo, resolution);
+
+  RefreshControlPanel(window);
+  RefreshIfOpen(DistributionsOpen, DistributionsWindow);
+  RefreshBoards(window);
+  RefreshIfOpen(FunctionsOpen, FunctionsWindow);
+  GeneratorReset();
+  SetSongTempo(tempo);
+  SongResolution = resolution;
+  SetResolution(TheClock, static_cast<int32_t>(std::min<uint32_t>(resolution, 0x7FFFFFFF)));
+  ReleaseClockPasses(TheClock);
+  return 1;
+}
+
+int SaveParameterFile(const std::string& path) { return saveOrSay(path, ParameterFileBytes()); }
+
+int ReadParameterFile(MessageTarget* window) {
+  const auto path = choose("Open Velmora", true);
+  return path ? LoadParameterFile(window, *path) : 0;
+}
+
+int WriteParameterFile(MessageTarget*) {
+  const auto path = choose("Save Velmora as", false);
+  return path ? SaveParameterFile(*path) : 0;
+}
+
+int AllocateBank(MessageTarget*, std::size_t slot, uint32_t size) {
+  if (slot >= BankSlotCount) return 0;
+  BankSlots[slot].reset();  // a bank that stood here is gone whatever happens next
+  auto bank = std::unique_ptr<Bank>(new (std::nothrow) Bank{});
+  bool ok = bank != nullptr && size <= static_cast<uint32_t>(MaxFunctionLength);
+  for (std::size_t f = 0; ok && f < FunctionCount; ++f) {
+    bank->functions[f].reset(new (std::nothrow) int8_t[size]());
+    ok = bank->functions[f] != nullptr;
+  }
+  if (!ok) {
+    stop("Not enough memory to create a new bank!  Close one or more applications and try again");
+    return 0;
+  }
+  BankSlots[slot] = std::move(bank);
+  return 1;
+}
+
+int ReadBankFile(MessageTarget* window, std::size_t slot) {
+  const auto path = choose("Load bank", true);
+  if (!path) return 0;
+  const auto bytes = readOrSay(*path);
+  if (!bytes) return 0;
+  ByteReader in(*bytes);
+  if (!magicFits(in)) return 0;
+  uint32_t length = 0;
+  in.get(length);
+  if (AllocateBank(window, slot, length) == 0) return 0;
+  Bank& bank = *BankSlots[slot];
+  for (auto& array : bank.functions) {
+    if (length > 0) in.getBytes(reinterpret_cast<uint8_t*>(array.get()), length);
+  }
+  bank.functionLength = length;
+  bankFields(in, bank);
+  return 1;
+}
+
+int WriteBankFile(MessageTarget*, const Bank& bank) {
+  const auto path = choose("Save bank", false);
+  return path ? saveOrSay(*path, BankFileBytes(bank)) : 0;
+}

@@ -1,0 +1,375 @@
+#include "render.h"
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <thread>
+
+#include "generator/bank.h"
+#include "generator/byte_io.h"
+#include "generator/control_panel.h"
+#include "generator/functions.h"
+#include "generator/generator_tick.h"
+#include "generator/setup_files.h"
+#include "midi/backends/device_list.h"
+#include "midi/midi_event.h"
+#include "midi/midi_out.h"
+#include "midi/sync_clock.h"
+#include "platform/message_loop.h"
+#include "platform/prompts.h"
+#include "platform/timers.h"
+#include "transport/clock_placing.h"
+#include "transport/transport_state.h"
+
+using namespace platform;
+
+const char* RenderUsage =
+    "usage: velmora-render [--params FILE.vlm] [--seed N] [--seconds S] [--tempo BPM]\n"
+    "                      [--resolution TPQ] [--period MS] [--non-periodic]\n"
+    "                      [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n";
+
+namespace {
+
+// A drain that has not ended this long after the button went up is cut short.
+constexpr uint32_t MaxDrainMs = 10 * 60 * 1000;
+
+// ---- the log: every short message that reaches the output device ----
+
+class Log {
+ public:
+  bool open(const std::string& path) {
+    if (path == "-") {
+      file_ = stdout;
+      return true;
+    }
+    file_ = std::fopen(path.c_str(), "w");
+    owned_ = file_ != nullptr;
+    return owned_;
+  }
+  ~Log() {
+    if (owned_) std::fclose(file_);
+  }
+  bool close() {
+    const bool ok = file_ == nullptr || (std::fflush(file_) == 0 && !std::ferror(file_));
+    if (owned_) std::fclose(file_);
+    owned_ = false;
+    file_ = nullptr;
+    return ok;
+  }
+  void line(uint32_t word) {
+    if (file_ == nullptr) return;
+    const auto status = static_cast<uint8_t>(word);
+    const uint32_t now = TheClock != nullptr ? TheClock->now.load() : 0;
+    std::fprintf(file_, "%u %u %02X", ClockPassCount.load(), now, status);
+    for (int i = 1; i <= MidiDataBytes(status); ++i) std::fprintf(file_, " %02X", word >> (8 * i) & 0xFF);
+    std::fputc('\n', file_);
+  }
+
+ private:
+  std::FILE* file_ = nullptr;
+  bool owned_ = false;
+};
+
+// An output that logs what it is sent, then passes it on.
+class LoggedPort final : public MidiOutPort {
+ public:
+  LoggedPort(std::unique_ptr<MidiOutPort> inner, Log& log) : inner_(std::move(inner)), log_(log) {}
+  uint32_t shortMsg(uint32_t word) override {
+    const uint32_t result = inner_->shortMsg(word);
+    if (result == MMSYSERR_NOERROR) log_.line(word);
+    return result;
+  }
+  uint32_t longMsg(MidiHeader& header) override { return inner_->longMsg(header); }
+  uint32_t reset() override { return inner_->reset(); }
+  uint32_t close() override { return inner_->close(); }
+
+ private:
+  std::unique_ptr<MidiOutPort> inner_;
+  Log& log_;
+};
+
+class LoggedDevices final : public MidiDevices {
+ public:
+  LoggedDevices(MidiDevices& inner, Log& log) : inner_(inner), log_(log) {}
+  uint32_t outCount() override { return inner_.outCount(); }
+  uint32_t outName(uint32_t id, std::string& name) override { return inner_.outName(id, name); }
+  uint32_t outOpen(uint32_t id, MidiOutCallbackFn callback, uintptr_t instance,
+                   std::unique_ptr<MidiOutPort>& port) override {
+    std::unique_ptr<MidiOutPort> opened;
+    const uint32_t result = inner_.outOpen(id, callback, instance, opened);
+    if (result == MMSYSERR_NOERROR) port = std::make_unique<LoggedPort>(std::move(opened), log_);
+    return result;
+  }
+  uint32_t inCount() override { return inner_.inCount(); }
+  uint32_t inName(uint32_t id, std::string& name) override { return inner_.inName(id, name); }
+  uint32_t inOpen(uint32_t id, MidiInCallbackFn callback, uintptr_t instance,
+                  std::unique_ptr<MidiInPort>& port) override {
+    return inner_.inOpen(id, callback, instance, port);
+  }
+
+ private:
+  MidiDevices& inner_;
+  Log& log_;
+};
+
+// Messages the set-up code would show in a box: a headless run keeps the last.
+class QuietPrompts final : public Prompts {
+ public:
+  int messageBox(const std::string& text, const std::string&, uint32_t style) override {
+    last = text;
+    return (style & 0xF) == MB_YESNO || (style & 0xF) == MB_YESNOCANCEL ? IDNO : IDOK;
+  }
+  std::optional<std::string> openFileName(const FileDialog&) override { return std::nullopt; }
+  std::optional<std::string> saveFileName(const FileDialog&) override { return std::nullopt; }
+  void beginWaitCursor() override {}
+  void endWaitCursor() override {}
+  std::string last;
+};
+
+// ---- argument parsing ----
+
+bool number(const std::string& text, double& value) {
+  char* end = nullptr;
+  value = std::strtod(text.c_str(), &end);
+  return !text.empty() && end != nullptr && *end == '\0' && std::isfinite(value);
+}
+
+bool wholeNumber(const std::string& text, long long& value) {
+  char* end = nullptr;
+  value = std::strtoll(text.c_str(), &end, 10);
+  return !text.empty() && end != nullptr && *end == '\0';
+}
+
+// The start-up state of the application with its built-in defaults, and the
+// Control Panel opened once.
+void startUpState() {
+  LiveBank = Bank{};
+  SetBankDefaults();
+  InitFunctionArrays();
+  FunctionsFilters = 0xFFFFFFFFu;
+  FunctionsPeriodic = 1;
+  Generating = 0;
+  Draining = 0;
+  Playing = 0;
+  Recording = 0;
+  SongPosition = 0;
+  SongResolution = 120;
+}
+
+// The first four bytes of a file, to tell a parameter file from anything else.
+bool checkParameterFile(const std::string& path, std::string& error) {
+  const auto bytes = ReadWholeFile(path);
+  if (!bytes) {
+    error = "cannot read the parameter file '" + path + "'";
+    return false;
+  }
+  if (bytes->size() < 4 || std::memcmp(bytes->data(), "VLhd", 4) != 0) {
+    error = "'" + path + "' is not a Velmora parameter file (it does not begin with VLhd)";
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>& arguments, std::string& error) {
+  RenderOptions options;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& flag = arguments[i];
+    auto value = [&](std::string& out) {
+      if (i + 1 >= arguments.size()) {
+        error = flag + " needs a value";
+        return false;
+      }
+      out = arguments[++i];
+      return true;
+    };
+    std::string text;
+    double real = 0;
+    long long whole = 0;
+    if (flag == "--non-periodic") {
+      options.nonPeriodic = true;
+    } else if (flag == "--realtime") {
+      options.realtime = true;
+    } else if (flag == "--params" || flag == "--log" || flag == "--wav") {
+      if (!value(text)) return std::nullopt;
+      (flag == "--params" ? options.params : flag == "--log" ? options.log : options.wav) = text;
+    } else if (flag == "--seed") {
+      if (!value(text)) return std::nullopt;
+      if (!wholeNumber(text, whole) || whole < INT32_MIN || whole > INT32_MAX) {
+        error = "--seed takes a whole number from -2147483648 to 2147483647, not '" + text + "'";
+        return std::nullopt;
+      }
+      options.seed = static_cast<int32_t>(whole);
+    } else if (flag == "--seconds") {
+      if (!value(text)) return std::nullopt;
+      if (!number(text, real) || real < 0 || real > 24 * 3600) {
+        error = "--seconds takes a number of seconds from 0 to 86400, not '" + text + "'";
+        return std::nullopt;
+      }
+      options.seconds = real;
+    } else if (flag == "--tempo") {
+      if (!value(text)) return std::nullopt;
+      if (!number(text, real) || real < 1 || real > 1000) {
+        error = "--tempo takes beats per minute from 1 to 1000, not '" + text + "'";
+        return std::nullopt;
+      }
+      options.tempoBpm = real;
+    } else if (flag == "--resolution") {
+      if (!value(text)) return std::nullopt;
+      if (!wholeNumber(text, whole) || whole < 1 || whole > 960) {
+        error = "--resolution takes ticks per quarter note from 1 to 960, not '" + text + "'";
+        return std::nullopt;
+      }
+      options.resolution = static_cast<uint32_t>(whole);
+    } else if (flag == "--period") {
+      if (!value(text)) return std::nullopt;
+      if (!wholeNumber(text, whole) || whole < 1 || whole > 1000) {
+        error = "--period takes milliseconds from 1 to 1000, not '" + text + "'";
+        return std::nullopt;
+      }
+      options.periodMs = static_cast<uint32_t>(whole);
+    } else if (flag == "--out") {
+      if (!value(text)) return std::nullopt;
+      if (!wholeNumber(text, whole) || whole < 0 || whole > 0xFFFF) {
+        error = "--out takes an output device number (see velmora-devices), not '" + text + "'";
+        return std::nullopt;
+      }
+      options.out = static_cast<uint32_t>(whole);
+    } else {
+      error = "unknown argument '" + flag + "' (try --help)";
+      return std::nullopt;
+    }
+  }
+  if (options.realtime && !options.wav.empty()) {
+    error = "--wav renders in virtual time and cannot go with --realtime";
+    return std::nullopt;
+  }
+  return options;
+}
+
+bool Render(const RenderOptions& options, std::string& error) {
+  if (!options.params.empty() && !checkParameterFile(options.params, error)) return false;
+
+  Log log;
+  if (!options.log.empty() && !log.open(options.log)) {
+    error = "cannot write the log '" + options.log + "'";
+    return false;
+  }
+
+  // Devices: a real one in real time, the synthesizer for a WAV, else nowhere.
+  std::unique_ptr<StandardDevices> standard;
+  std::unique_ptr<SynthDevices> synth;
+  LoopbackDevices silent(1, 0);
+  silent.setRecording(false);
+  MidiDevices* inner = &silent;
+  uint32_t out = 0;
+  if (options.realtime) {
+    standard = std::make_unique<StandardDevices>();
+    inner = &standard->list;
+    out = options.out;
+  } else if (!options.wav.empty()) {
+    synth = std::make_unique<SynthDevices>();
+    synth->renderTo(options.wav);
+    inner = synth.get();
+  }
+  LoggedDevices devices(*inner, log);
+
+  VirtualTimers virtualTimers;
+  ThreadTimers realTimers;
+  ManualLoop manualLoop;
+  ThreadedLoop* threadedLoop = nullptr;
+  std::unique_ptr<ThreadedLoop> threaded;
+  if (options.realtime) {
+    threaded = std::make_unique<ThreadedLoop>();
+    threadedLoop = threaded.get();
+    installTimers(&realTimers);
+    installMessageLoop(threadedLoop);
+  } else {
+    installTimers(&virtualTimers);
+    installMessageLoop(&manualLoop);
+  }
+  installMidiDevices(&devices);
+  QuietPrompts prompts;
+  installPrompts(&prompts);
+  const auto uninstall = [&] {
+    installPrompts(nullptr);
+    installMidiDevices(nullptr);
+    installMessageLoop(nullptr);
+    installTimers(nullptr);
+  };
+
+  startUpState();
+  ClockHooks = {};
+  InstallGeneratorHooks();
+  OpenSync(&TheClock, nullptr, SYNC_INTERNAL, options.periodMs);
+  SetResolution(TheClock, 120);
+  SetSongTempo(1000000);  // 60 beats per minute
+  const uint32_t opened = OpenMidiOut(&TheMidiOut, nullptr, out, TheClock, MIDI_OPEN_WORD);
+  if (opened != 0) {
+    error = "cannot open output device " + std::to_string(out) + ": " + midiInGetErrorText(opened);
+    CloseSync(&TheClock);
+    uninstall();
+    return false;
+  }
+
+  if (!options.params.empty() && LoadParameterFile(nullptr, options.params) == 0) {
+    error = "cannot load '" + options.params + "': " + prompts.last;
+  }
+  if (options.tempoBpm) SetSongTempo(static_cast<uint32_t>(60000000.0 / *options.tempoBpm));
+  if (options.resolution) {
+    SongResolution = *options.resolution;
+    SetResolution(TheClock, static_cast<int32_t>(*options.resolution));
+  }
+  if (options.seed) Seed = *options.seed;
+  if (options.nonPeriodic) FunctionsPeriodic = 0;
+  RefreshControlPanel(nullptr);
+  CommitPanelFromBank();
+
+  if (error.empty()) {
+    GeneratorToggle();
+    const auto running = [] { return Generating == 1 || Draining == 1; };
+    const auto buttonUp = [&] {
+      if (Generating == 1) GeneratorToggle();  // a non-periodic run may have ended by itself
+    };
+    if (options.realtime) {
+      const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(options.seconds);
+      while (running() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      buttonUp();
+      const auto cut = std::chrono::steady_clock::now() + std::chrono::milliseconds(MaxDrainMs);
+      while (running() && std::chrono::steady_clock::now() < cut)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    } else {
+      const auto endMs = static_cast<uint64_t>(options.seconds * 1000);
+      while (running() && virtualTimers.timeMs() < endMs) {
+        virtualTimers.step();
+        manualLoop.pump();
+      }
+      buttonUp();
+      const uint64_t cutMs = uint64_t{virtualTimers.timeMs()} + MaxDrainMs;
+      while (running() && virtualTimers.timeMs() < cutMs) {
+        virtualTimers.step();
+        manualLoop.pump();
+      }
+      virtualTimers.advance(1000);  // a second for the last notes to ring out
+    }
+    if (running()) {  // cut short: what still sounds is ended
+      Generating = 0;
+      Draining = 0;
+      StopSync(TheClock);
+    }
+  }
+
+  if (synth && !synth->finishRender() && error.empty()) error = "cannot write the WAV file '" + options.wav + "'";
+  CloseSync(&TheClock);
+  CloseMidiOut(&TheMidiOut);
+  if (threadedLoop != nullptr) threadedLoop->stop();
+  manualLoop.pump();
+  ClockHooks = {};
+  uninstall();
+  if (!log.close() && error.empty()) error = "cannot write the log '" + options.log + "'";
+  return error.empty();
+}

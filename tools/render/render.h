@@ -1,0 +1,32 @@
+#pragma once
+// A headless run of the generator: the real clock pass and the real generator,
+// on the virtual timer as fast as the machine goes, or in real time on a
+// device. What reaches the output can be logged, and rendered to WAV through
+// the built-in synthesizer.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct RenderOptions {
+  std::string params;                  // a parameter file to load, or none
+  std::optional<int32_t> seed;         // overrides the set-up's Seed
+  double seconds = 30;                 // how long the generator button stays pressed
+  std::optional<double> tempoBpm;      // overrides the file's tempo; 60 without a file
+  std::optional<uint32_t> resolution;  // overrides the file's; 120 without a file
+  uint32_t periodMs = 10;
+  bool nonPeriodic = false;
+  std::string log;  // "-" for the standard output
+  std::string wav;
+  bool realtime = false;
+  uint32_t out = 0;  // output device for a real-time run
+};
+
+// Reads the command line; nothing, with the reason in error, if it is wrong.
+std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>& arguments, std::string& error);
+
+// Runs it; false with one clear line in error when something fails.
+bool Render(const RenderOptions& options, std::string& error);
+
+extern const char* RenderUsage;
