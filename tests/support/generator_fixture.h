@@ -1,0 +1,105 @@
+#pragma once
+// The generator on a test bench: the start-up set-up, the clock on the
+// virtual timer at exactly one tick per pass, and the loopback as output.
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "generator/bank.h"
+#include "generator/control_panel.h"
+#include "generator/functions.h"
+#include "generator/generator_tick.h"
+#include "midi/backends/loopback.h"
+#include "midi/midi_out.h"
+#include "midi/sync_clock.h"
+#include "platform/message_loop.h"
+#include "platform/prompts.h"
+#include "platform/timers.h"
+#include "platform/view_registry.h"
+#include "transport/clock_placing.h"
+#include "transport/transport_state.h"
+
+class GeneratorBench : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    platform::installMessageLoop(&loop);
+    platform::installTimers(&timers);
+    platform::installMidiDevices(&devices);
+    platform::installPrompts(&prompts);
+    ClearViewRegistry();
+    ClockHooks = {};
+    InstallGeneratorHooks();
+    Generating = Draining = Playing = Recording = Capturing = 0;
+    SongPosition = 0;
+    SongResolution = 120;
+    Numerator = 4;
+    LiveBank = Bank{};
+    SetBankDefaults();
+    InitFunctionArrays();
+    FunctionsFilters = 0xFFFFFFFFu;
+    FunctionsPeriodic = 1;
+    Seed = 0;
+    IntervalMode = 0;
+    FromNote = 60;
+    IntervalMin = 0;
+    IntervalMax = 127;
+    Mirror = 0;
+    SelectedPitchBoard = 0;
+    for (auto& chord : SoundingRing) chord.offTime = 0;
+    WriteSlot = 0;
+    ASSERT_EQ(OpenSync(&TheClock, nullptr, SYNC_INTERNAL, 10), 0u);
+    SetResolution(TheClock, 120);
+    SetTempo(TheClock, 1200000);  // 120 ticks of 10 ms: one tick per pass
+    ASSERT_EQ(OpenMidiOut(&TheMidiOut, nullptr, 0, TheClock, MIDI_OPEN_WORD), 0u);
+    RefreshControlPanel(nullptr);
+    CommitPanelFromBank();  // the panel opened once, as at start-up
+  }
+
+  void TearDown() override {
+    CloseSync(&TheClock);
+    CloseMidiOut(&TheMidiOut);
+    loop.pump();
+    ClockHooks = {};
+    platform::installPrompts(nullptr);
+    platform::installMidiDevices(nullptr);
+    platform::installTimers(nullptr);
+    platform::installMessageLoop(nullptr);
+  }
+
+  // A Distribution cut down to the one value v.
+  static void only(Distribution d, int16_t v) {
+    LowerBound(d) = v;
+    UpperBound(d) = v;
+    SumDistribution(d);
+  }
+
+  void passes(int n) {
+    for (int i = 0; i < n; ++i) timers.step();
+  }
+
+  struct Note {
+    uint32_t tick;  // the pass, which is the tick, at which it went out
+    uint32_t word;
+  };
+  // Channel messages sent, with the tick of their pass (no clock or transport bytes).
+  std::vector<Note> sent() const {
+    std::vector<Note> notes;
+    for (const auto& s : devices.sent()) {
+      if (s.bytes.empty() && (s.word & 0xFF) < 0xF0) notes.push_back({s.timeMs / 10, s.word});
+    }
+    return notes;
+  }
+  std::vector<Note> noteOns() const {
+    std::vector<Note> ons;
+    for (const Note& n : sent()) {
+      if ((n.word & 0xF0) == 0x90 && (n.word >> 16 & 0xFF) != 0) ons.push_back(n);
+    }
+    return ons;
+  }
+
+  platform::ManualLoop loop;
+  platform::VirtualTimers timers;
+  LoopbackDevices devices;
+  platform::ScriptedPrompts prompts;
+};
