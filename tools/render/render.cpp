@@ -302,6 +302,7 @@ bool Render(const RenderOptions& options, std::string& error) {
   };
 
   startUpState();
+  ClockPassCount = 0;  // the log counts this run's passes
   ClockHooks = {};
   InstallGeneratorHooks();
   OpenSync(&TheClock, nullptr, SYNC_INTERNAL, options.periodMs);

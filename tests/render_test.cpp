@@ -1,0 +1,163 @@
+#include "render/render.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "trandom.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> lines(const std::string& path) {
+  std::ifstream file(path);
+  std::vector<std::string> result;
+  for (std::string line; std::getline(file, line);) result.push_back(line);
+  return result;
+}
+
+std::string temp(const char* name) { return (fs::temp_directory_path() / name).string(); }
+
+std::string hex(int value) {
+  char text[4];
+  std::snprintf(text, sizeof text, "%02X", value);
+  return text;
+}
+
+// The index a draw picks over n entries of weight 64 from lower, for r.
+int drawOver(double r, int lower, int n) {
+  const int sum = 64 * n;
+  const int target = static_cast<int>(r * (sum - 1) + 1.0 + 0.5);
+  return lower + (target - 1) / 64;
+}
+
+TEST(Render, TheFirstChordsOfTheDefaultSetUpWithSeed0AreTheOnesTheRulesGive) {
+  // At 60 beats a minute and 120 ticks a quarter, passes of 10 ms give 1.2
+  // ticks: now runs 1, 2, 3, 4, 6, ... and reaches 15 at pass 13.
+  // The reset's first step and the first pass's step set the bounds from
+  // element 0 of the start-up curves: notes 52..64, velocity 40..50, one
+  // voice, density 15..17, length 12..12.
+  tdseed(0);
+  double r[6];
+  for (double& x : r) x = tdrand();
+  const int density = drawOver(r[0], 15, 3);  // 0.274272...: density 15
+  ASSERT_EQ(density, 15);
+  // Length 12 with Overlap off: 12 * 15 / 120 = 1, so the chord lasts 1 * 120 / 100 = 1 tick.
+  const int note = drawOver(r[4], 52, 13);
+  const int velocity = drawOver(r[5], 40, 11);
+
+  RenderOptions options;
+  options.seconds = 1;
+  options.log = temp("velmora-first-chords.log");
+  std::string error;
+  ASSERT_TRUE(Render(options, error)) << error;
+  const auto log = lines(options.log);
+  ASSERT_GE(log.size(), 8u);
+  EXPECT_EQ(log[0], "0 0 FA") << "MIDI Start goes out as the button starts the clock";
+  EXPECT_EQ(log[1], "1 1 90 " + hex(note) + " " + hex(velocity));
+  EXPECT_EQ(log[2], "3 3 90 " + hex(note) + " 00") << "ended once its offTime 2 is below now";
+  EXPECT_EQ(log[3], "5 6 F8") << "a MIDI clock every 5 ticks";
+  EXPECT_EQ(log[4], "9 10 F8");
+  // The next chord comes at tick 15 (pass 13) and, the voices having stepped
+  // to element 1 at tick 10, has two notes.
+  EXPECT_EQ(log[5].rfind("13 15 90 ", 0), 0u) << log[5];
+  EXPECT_EQ(log[6].rfind("13 15 90 ", 0), 0u) << log[6];
+  EXPECT_EQ(log.back(), std::to_string(std::stoi(log.back())) + " " + log.back().substr(log.back().find(' ') + 1));
+  fs::remove(options.log);
+}
+
+TEST(Render, TheSameRunGivesTheSameLogAndAnotherSeedAnother) {
+  RenderOptions options;
+  options.seconds = 5;
+  options.log = temp("velmora-a.log");
+  std::string error;
+  ASSERT_TRUE(Render(options, error)) << error;
+  const auto first = lines(options.log);
+  ASSERT_TRUE(Render(options, error)) << error;
+  EXPECT_EQ(lines(options.log), first);
+  options.seed = 7;
+  ASSERT_TRUE(Render(options, error)) << error;
+  EXPECT_NE(lines(options.log), first);
+  EXPECT_EQ(lines(options.log).back().substr(lines(options.log).back().size() - 2), "FC")
+      << "the run ends with MIDI Stop once the drain is over";
+  fs::remove(options.log);
+}
+
+TEST(Render, ANonPeriodicRunEndsByItself) {
+  RenderOptions options;
+  options.seconds = 3600;
+  options.nonPeriodic = true;
+  options.log = temp("velmora-np.log");
+  std::string error;
+  ASSERT_TRUE(Render(options, error)) << error;
+  const auto log = lines(options.log);
+  // 128 steps of 10 ticks at 1.2 ticks a pass: about 1070 passes, not an hour.
+  EXPECT_LT(std::stoul(log.back()), 1200u);
+  fs::remove(options.log);
+}
+
+TEST(Render, TenSecondsOfTheDefaultSetUpRenderToAWavThatIsNotSilent) {
+  RenderOptions options;
+  options.seconds = 10;
+  options.wav = temp("velmora-ten.wav");
+  std::string error;
+  ASSERT_TRUE(Render(options, error)) << error;
+  std::ifstream file(options.wav, std::ios::binary);
+  const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(file)), {});
+  ASSERT_GT(bytes.size(), 44u + 10u * 44100 * 4);
+  double sum = 0;
+  std::size_t count = 0;
+  for (std::size_t at = 44; at + 1 < bytes.size(); at += 2, ++count) {
+    const auto s = static_cast<int16_t>(bytes[at] | bytes[at + 1] << 8);
+    sum += static_cast<double>(s) * s;
+  }
+  EXPECT_GT(std::sqrt(sum / static_cast<double>(count)), 100.0);
+  fs::remove(options.wav);
+}
+
+TEST(Render, EveryWrongArgumentIsOneClearLine) {
+  std::string error;
+  EXPECT_FALSE(ParseRenderArguments({"--seconds", "soon"}, error));
+  EXPECT_EQ(error, "--seconds takes a number of seconds from 0 to 86400, not 'soon'");
+  EXPECT_FALSE(ParseRenderArguments({"--tempo"}, error));
+  EXPECT_EQ(error, "--tempo needs a value");
+  EXPECT_FALSE(ParseRenderArguments({"--resolution", "961"}, error));
+  EXPECT_FALSE(ParseRenderArguments({"--seed", "99999999999"}, error));
+  EXPECT_FALSE(ParseRenderArguments({"--frobnicate"}, error));
+  EXPECT_EQ(error, "unknown argument '--frobnicate' (try --help)");
+  EXPECT_FALSE(ParseRenderArguments({"--realtime", "--wav", "x.wav"}, error));
+  const auto fine = ParseRenderArguments({"--seed", "-5", "--tempo", "90.5", "--non-periodic", "--period", "5"}, error);
+  ASSERT_TRUE(fine);
+  EXPECT_EQ(*fine->seed, -5);
+  EXPECT_DOUBLE_EQ(*fine->tempoBpm, 90.5);
+  EXPECT_TRUE(fine->nonPeriodic);
+  EXPECT_EQ(fine->periodMs, 5u);
+}
+
+TEST(Render, AFileThatIsNoParameterFileIsRefusedWithAClearLine) {
+  const std::string path = temp("velmora-not.vlm");
+  std::ofstream(path) << "MThd and so on";
+  RenderOptions options;
+  options.params = path;
+  std::string error;
+  EXPECT_FALSE(Render(options, error));
+  EXPECT_EQ(error, "'" + path + "' is not a Velmora parameter file (it does not begin with VLhd)");
+  options.params = temp("velmora-missing.vlm");
+  EXPECT_FALSE(Render(options, error));
+  EXPECT_NE(error.find("cannot read"), std::string::npos);
+  fs::remove(path);
+}
+
+TEST(Render, ALogThatCannotBeWrittenIsAnError) {
+  RenderOptions options;
+  options.log = "/nonexistent-folder/x.log";
+  std::string error;
+  EXPECT_FALSE(Render(options, error));
+  EXPECT_EQ(error, "cannot write the log '/nonexistent-folder/x.log'");
+}
+
+}  // namespace
