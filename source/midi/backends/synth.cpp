@@ -4,6 +4,7 @@
 #include <fluidsynth.h>
 
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <vector>
@@ -156,8 +157,12 @@ class SynthPort final : public MidiOutPort {
   uintptr_t instance_;
 };
 
-// Tries the system's usual audio servers; none at all leaves the synthesizer silent.
+// Tries the system's usual audio servers; none at all leaves the synthesizer
+// silent. JACK is used when it runs, never started on the user's behalf.
 fluid_audio_driver_t* startAudio(fluid_settings_t* settings, fluid_synth_t* synth) {
+#ifndef _WIN32
+  setenv("JACK_NO_START_SERVER", "1", 0);
+#endif
   if (fluid_audio_driver_t* audio = new_fluid_audio_driver(settings, synth)) return audio;
   for (const char* driver : {"pulseaudio", "alsa", "jack"}) {
     fluid_settings_setstr(settings, "audio.driver", driver);
