@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -117,6 +118,26 @@ TEST(Render, TenSecondsOfTheDefaultSetUpRenderToAWavThatIsNotSilent) {
   }
   EXPECT_GT(std::sqrt(sum / static_cast<double>(count)), 100.0);
   fs::remove(options.wav);
+}
+
+TEST(Render, ARealTimeRunPlaysOnTheChosenDevice) {
+  RenderOptions options;
+  options.realtime = true;
+  options.out = 1;  // the loopback
+  options.seconds = 0.4;
+  options.log = temp("velmora-realtime.log");
+  std::string error;
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_TRUE(Render(options, error)) << error;
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(400)) << "it took real time";
+  const auto log = lines(options.log);
+  ASSERT_GE(log.size(), 3u);
+  EXPECT_EQ(log.front(), "0 0 FA");
+  EXPECT_EQ(log.back().substr(log.back().size() - 2), "FC");
+  options.out = 999;
+  EXPECT_FALSE(Render(options, error));
+  EXPECT_EQ(error.rfind("cannot open output device 999: ", 0), 0u) << error;
+  fs::remove(options.log);
 }
 
 TEST(Render, EveryWrongArgumentIsOneClearLine) {
