@@ -189,6 +189,27 @@ void GeneratorToggle() {
   Generating = 1;
 }
 
+void GeneratorStartUp() {
+  LiveBank = Bank{};
+  SetBankDefaults();
+  InitFunctionArrays();
+  FunctionsFilters = 0xFFFFFFFFu;  // the settings' default
+  FunctionsPeriodic = 1;
+  Seed = 0;
+  IntervalMode = 0;
+  FromNote = 60;
+  IntervalMin = 0;
+  IntervalMax = 127;
+  Mirror = 0;
+  PendingBoardFlags = 0;
+  SelectedPitchBoard = 0;
+  for (auto& chord : SoundingRing) chord.offTime = 0;
+  WriteSlot = 0;
+  FunctionIndex = 0;
+  Generating = 0;
+  Draining = 0;
+}
+
 void InstallGeneratorHooks() {
   ClockHooks.generatorTick = GeneratorTick;
   ClockHooks.generatorDrain = GeneratorDrain;

@@ -35,5 +35,9 @@ void GeneratorReset();
 void GeneratorToggle();
 // The channel of a new chord, drawn over ChannelWeights.
 int16_t DrawChannel();
+// The generator's set-up as the program starts it, with the built-in default
+// settings: the live record's defaults, the start-up function arrays, every
+// set-up global at its start value, the ring empty and the generator off.
+void GeneratorStartUp();
 // Installs the tick and the drain in the clock's pass.
 void InstallGeneratorHooks();

@@ -30,24 +30,11 @@ class GeneratorBench : public ::testing::Test {
     ClearViewRegistry();
     ClockHooks = {};
     InstallGeneratorHooks();
-    Generating = Draining = Playing = Recording = Capturing = 0;
+    GeneratorStartUp();
+    Playing = Recording = Capturing = 0;
     SongPosition = 0;
     SongResolution = 120;
     Numerator = 4;
-    LiveBank = Bank{};
-    SetBankDefaults();
-    InitFunctionArrays();
-    FunctionsFilters = 0xFFFFFFFFu;
-    FunctionsPeriodic = 1;
-    Seed = 0;
-    IntervalMode = 0;
-    FromNote = 60;
-    IntervalMin = 0;
-    IntervalMax = 127;
-    Mirror = 0;
-    SelectedPitchBoard = 0;
-    for (auto& chord : SoundingRing) chord.offTime = 0;
-    WriteSlot = 0;
     ASSERT_EQ(OpenSync(&TheClock, nullptr, SYNC_INTERNAL, 10), 0u);
     SetResolution(TheClock, 120);
     SetTempo(TheClock, 1200000);  // 120 ticks of 10 ms: one tick per pass

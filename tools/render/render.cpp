@@ -142,16 +142,9 @@ bool wholeNumber(const std::string& text, long long& value) {
   return !text.empty() && end != nullptr && *end == '\0';
 }
 
-// The start-up state of the application with its built-in defaults, and the
-// Control Panel opened once.
+// The start-up state of the application with its built-in default settings.
 void startUpState() {
-  LiveBank = Bank{};
-  SetBankDefaults();
-  InitFunctionArrays();
-  FunctionsFilters = 0xFFFFFFFFu;
-  FunctionsPeriodic = 1;
-  Generating = 0;
-  Draining = 0;
+  GeneratorStartUp();
   Playing = 0;
   Recording = 0;
   SongPosition = 0;
