@@ -29,10 +29,10 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-// ThreadSanitizer slows every thread so far that JACK's server drops whole
-// cycles: such a build checks the threads and the order of what arrives, and
-// the other builds check that everything arrives, on time.
-#ifdef __SANITIZE_THREAD__
+// A sanitizer slows every thread so far that JACK's server may drop whole
+// cycles: such a build checks the threads, the memory and the order of what
+// arrives, and the plain build checks that everything arrives, on time.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 constexpr bool SlowedDown = true;
 #else
 constexpr bool SlowedDown = false;

@@ -1,10 +1,113 @@
 #include "song/song_store.h"
 
+#include <cstdio>
+#include <new>
+
+#include "transport/transport_state.h"
+
 std::array<TrackRecord, SongTrackCount + 1> Tracks;
 SharedWord<uint32_t> TicksPerBar = 480;
+std::array<uint32_t, SongTrackCount + 1> ActiveTracks{};
+int32_t ActiveTrackCount = 0;
+uint8_t RecordTrack = 0;
+std::array<uint32_t, 8> TouchedTracks{};
+std::array<std::string, SongTrackCount + 1> TrackNames;
 
 int FoldKey(int k) {
   if (k < 0) return (k / -12 + 1) * 12 + k;
   if (k > 127) return k - ((k - 127) / 12 + 1) * 12;
   return k;
+}
+
+namespace {
+// A resolution or numerator of 0 (never set) counts as 1 rather than dividing by zero.
+uint32_t atLeastOne(uint32_t value) { return value != 0 ? value : 1; }
+}  // namespace
+
+std::string TimeText(uint32_t ticks) {
+  const uint32_t resolution = atLeastOne(SongResolution);
+  const uint32_t numerator = atLeastOne(Numerator);
+  const uint32_t beats = ticks / resolution;
+  char text[40];
+// GCC finds the format's 0 flag redundant beside its precision; the format stays as the system has it.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat"
+  std::snprintf(text, sizeof text, "%0.5lu:%0.2lu:%0.3lu", static_cast<unsigned long>(beats / numerator + 1),
+                static_cast<unsigned long>(beats % numerator + 1), static_cast<unsigned long>(ticks % resolution));
+#pragma GCC diagnostic pop
+  return text;
+}
+
+uint32_t ParseTimeText(const std::string& text) {
+  unsigned measure = 0, beat = 0, tick = 0;
+  std::sscanf(text.c_str(), "%u:%u:%u", &measure, &beat, &tick);
+  measure = measure < 1 ? 1 : measure;
+  beat = beat < 1 ? 1 : beat;
+  return ((measure - 1) * Numerator + (beat - 1)) * SongResolution + tick;
+}
+
+void AbsoluteToDelta(MidiEvent* events, uint32_t n) {
+  uint32_t previous = 0;
+  for (uint32_t i = 0; i < n; ++i) {
+    const uint32_t absolute = events[i].time;
+    events[i].time = absolute - previous;
+    previous = absolute;
+  }
+}
+
+void DeltaToAbsolute(MidiEvent* events, uint32_t n) {
+  uint32_t time = 0;
+  for (uint32_t i = 0; i < n; ++i) {
+    time += events[i].time;
+    events[i].time = time;
+  }
+}
+
+int CompareEventTime(const MidiEvent& a, const MidiEvent& b) { return a.time > b.time ? 1 : a.time < b.time ? -1 : 0; }
+
+int AppendEvent(const MidiEvent* event, EventList* list) {
+  if (event == nullptr || list == nullptr) return 0;
+  try {
+    list->events.push_back(*event);
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
+  return 1;
+}
+
+void ResetTrackSettings(TrackRecord& track) {
+  track.keyOffset = 0;
+  track.velocityOffset = 0;
+  track.channel = 255;
+  track.playOff = 0;
+  track.pan = 255;
+  track.patch = 255;
+  track.volume = 255;
+  track.timeOffset = 0;
+  track.repeats = 0;
+}
+
+void TouchTrack(uint32_t track) {
+  if (track <= SongTrackCount) TouchedTracks[track / 32] |= 1u << (track % 32);
+}
+
+MidiEvent* AllocateEvents(uint32_t count) { return new (std::nothrow) MidiEvent[count]{}; }
+
+void FreeEvents(MidiEvent* events) { delete[] events; }
+
+void DeleteTrack(uint32_t track) {
+  if (track > SongTrackCount) return;
+  // The settings that go are the current track's, whichever track is deleted, as designed.
+  TouchTrack(RecordTrack);
+  ResetTrackSettings(Tracks[RecordTrack]);
+  TrackNames[track].clear();
+  TrackRecord& t = Tracks[track];
+  if (t.events == nullptr) return;
+  FreeEvents(t.events);
+  t.events = nullptr;
+  t.count = 0;
+  ActiveTrackCount = 0;
+  for (uint32_t n = 0; n <= SongTrackCount; ++n) {
+    if (Tracks[n].events != nullptr) ActiveTracks[ActiveTrackCount++] = n;
+  }
 }

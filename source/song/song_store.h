@@ -8,6 +8,8 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "midi/midi_event.h"
 #include "platform/shared_word.h"
@@ -29,10 +31,45 @@ struct TrackRecord {
   uint8_t volume = 255;       // controller 7; 255: none
   uint32_t timeOffset = 0;    // ticks added to every event time at output
   uint16_t repeats = 0;       // extra passes through the track
+  uint16_t repeatsDone = 0;   // passes the feed has made
 };
 
 extern std::array<TrackRecord, SongTrackCount + 1> Tracks;
 extern SharedWord<uint32_t> TicksPerBar;
+// The tracks that hold an event array, in order of arrival; after a deletion,
+// rebuilt from track 0 up, so that the tempo track stands last.
+extern std::array<uint32_t, SongTrackCount + 1> ActiveTracks;
+extern int32_t ActiveTrackCount;
+extern uint8_t RecordTrack;
+extern std::array<uint32_t, 8> TouchedTracks;  // bit t % 32 of word t / 32
+extern std::array<std::string, SongTrackCount + 1> TrackNames;
+
+// Ticks as measure:beat:tick, counted from 1: 0 reads 00001:01:000.
+std::string TimeText(uint32_t ticks);
+// measure:beat:tick back to ticks; missing parts are 0, a measure or beat
+// below 1 counts as 1, and nothing is held to a range.
+uint32_t ParseTimeText(const std::string& text);
+void AbsoluteToDelta(MidiEvent* events, uint32_t n);
+void DeltaToAbsolute(MidiEvent* events, uint32_t n);
+int CompareEventTime(const MidiEvent& a, const MidiEvent& b);
+
+// The collecting list of every edit: copies of events, in order.
+struct EventList {
+  std::vector<MidiEvent> events;
+  uint32_t length() const { return static_cast<uint32_t>(events.size()); }
+};
+// 1, or 0 when no room could be had for the copy.
+int AppendEvent(const MidiEvent* event, EventList* list);
+
+// The settings of a track as a new song has them.
+void ResetTrackSettings(TrackRecord& track);
+void TouchTrack(uint32_t track);
+// Takes a track's events, name and settings of the current track away, and
+// rebuilds ActiveTracks. The views are told by their own parts.
+void DeleteTrack(uint32_t track);
+// An event array that does not move while it lives; null when none can be had.
+MidiEvent* AllocateEvents(uint32_t count);
+void FreeEvents(MidiEvent* events);
 
 // A key moved by an offset, folded back into 0..127 by whole octaves: -12
 // folds to 12, not to 0.
