@@ -186,7 +186,7 @@ void GeneratorToggle() {
   }
   if (Recording != 1 && Playing != 1) StartClockForGenerator();
   GeneratorReset();
-  Generating = 1;
+  Generating.publish(1);  // the pass that sees it sees the reset too
 }
 
 void GeneratorStartUp() {

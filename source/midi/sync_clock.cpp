@@ -243,7 +243,7 @@ void advanceAndDispatch(SyncClock* clock, uint32_t q) {
     endCountInIfDue(clock);
     return;
   }
-  if (Generating == 1) {
+  if (Generating.acquire() == 1) {
     if (ClockHooks.generatorTick != nullptr) ClockHooks.generatorTick();
   } else if (Draining == 1) {
     if (ClockHooks.generatorDrain != nullptr) ClockHooks.generatorDrain();

@@ -19,6 +19,10 @@ class SharedWord {
 
   T load() const noexcept { return word_.load(std::memory_order_relaxed); }
   void store(T value) noexcept { word_.store(value, std::memory_order_relaxed); }
+  // For a word whose new value makes other writes visible: the writer
+  // publishes, the reader that acts on it acquires.
+  void publish(T value) noexcept { word_.store(value, std::memory_order_release); }
+  T acquire() const noexcept { return word_.load(std::memory_order_acquire); }
 
   operator T() const noexcept { return load(); }
   SharedWord& operator=(T value) noexcept {

@@ -16,7 +16,7 @@ struct MidiOutHandle;
 extern SharedWord<uint32_t> Playing;
 extern SharedWord<uint32_t> Recording;
 extern SharedWord<uint32_t> Capturing;   // input and the generator's notes go into the take
-extern SharedWord<uint32_t> Generating;  // the generator runs in every pass
+extern SharedWord<uint32_t> Generating;  // the generator runs in every pass; set with publish
 extern SharedWord<uint32_t> Draining;    // the generator only ends what still sounds
 extern SharedWord<uint32_t> Linked;      // the generator follows the transport
 extern SharedWord<uint32_t> SongPosition;
