@@ -1,0 +1,140 @@
+#include "transport/playback_feed.h"
+
+#include <algorithm>
+
+#include "midi/midi_out.h"
+#include "midi/sync_clock.h"
+#include "song/song_store.h"
+#include "transport/transport_state.h"
+
+SharedWord<uint32_t> FeedRemaining;
+SharedWord<uint32_t> FeedLastTime;
+
+namespace {
+
+// The clock's now at the last note-on shaped, for the Events list's cursor.
+SharedWord<uint32_t> lastFollowNow = 0xFFFFFFFFu;
+
+void sendSetting(uint8_t status, uint8_t value1, uint8_t value2) {
+  MidiEvent event{SEND_NOW, status, value1, value2, 0, nullptr, 0, 0, 0, 0};
+  MidiOut(TheMidiOut, &event);
+}
+
+// The time at which the next event of a track is due, its passes counted in.
+uint32_t nextKey(const TrackRecord& t) {
+  const uint32_t last = t.events[t.count - 1].time;
+  const uint32_t bar = TicksPerBar;
+  // A bar of no ticks cannot be padded to: the next pass follows at once.
+  const uint32_t pad = bar != 0 ? bar - last % bar : 0;
+  const uint32_t cycle = last + t.timeOffset + pad;
+  return t.events[t.cursor].time + t.timeOffset + cycle * t.repeatsDone + t.repeatsDone;
+}
+
+}  // namespace
+
+void SeekFeed(uint32_t position) {
+  FeedLastTime = 0;
+  FeedRemaining = 0;
+  for (int32_t i = 0; i < ActiveTrackCount; ++i) {
+    const uint32_t number = ActiveTracks[i];
+    TrackRecord& t = Tracks[number];
+    if (t.events == nullptr || t.count == 0) continue;
+    const uint8_t channel = t.channel != 255 ? t.channel : t.events[0].status & 0x0F;
+    if (t.pan != 255) sendSetting(static_cast<uint8_t>(0xB0 | channel), 10, t.pan);
+    if (t.volume != 255) sendSetting(static_cast<uint8_t>(0xB0 | channel), 7, t.volume);
+    if (t.patch != 255) sendSetting(static_cast<uint8_t>(0xC0 | channel), t.patch, 0);
+    if (number == RecordTrack && Recording == 1) continue;
+    t.remaining = t.count;
+    t.cursor = 0;
+    t.repeatsDone = 0;
+    while (t.remaining != 0 && position > t.events[t.cursor].time + t.timeOffset) {
+      ++t.cursor;
+      --t.remaining;
+    }
+    FeedRemaining += t.remaining;
+  }
+}
+
+void SendEvent(MidiOutHandle* out) {
+  if (out == nullptr) return;
+  while (FeedRemaining != 0) {
+    uint32_t best = 0xFFFFFFFFu;
+    int32_t chosen = -1;
+    for (int32_t i = 0; i < ActiveTrackCount; ++i) {
+      const uint32_t number = ActiveTracks[i];
+      const TrackRecord& t = Tracks[number];
+      if (number == RecordTrack && Capturing == 1) continue;
+      if (t.remaining == 0 || t.events == nullptr) continue;
+      const uint32_t key = nextKey(t);
+      if (key < best) {  // strict: at equal keys the first track on the list wins
+        best = key;
+        chosen = static_cast<int32_t>(number);
+      }
+    }
+    // No track is eligible (only the record track has events left while capturing): the feed stops.
+    if (chosen < 0) return;
+    TrackRecord& t = Tracks[static_cast<uint32_t>(chosen)];
+    const MidiEvent& stored = t.events[t.cursor];
+    MidiEvent event{best - FeedLastTime,
+                    stored.status,
+                    stored.value1,
+                    stored.value2,
+                    stored.value3,
+                    stored.link,
+                    stored.playedChannel,
+                    0,
+                    0,
+                    stored.metaType};
+    out->trackOfSlot[out->writeIndex.load()] = static_cast<uint8_t>(chosen);
+    if (MidiOut(out, &event) != 0) return;  // the ring is full: the same event comes next time
+    ++t.cursor;
+    --t.remaining;
+    FeedLastTime = best;
+    FeedRemaining -= 1;
+    if (t.remaining == 0 && t.repeatsDone != t.repeats) {
+      FeedRemaining += t.count;
+      t.cursor = 0;
+      t.remaining = t.count;
+      ++t.repeatsDone;
+    }
+  }
+}
+
+void ShapeEvent(SyncClock* clock, MidiOutHandle* out, MidiEvent* e) {
+  if (out == nullptr || e == nullptr) return;
+  const TrackRecord& t = Tracks[out->trackOfSlot[out->readIndex.load()]];
+  const uint8_t kind = e->status & 0xF0;
+  const bool noteOn = kind == 0x90 && e->value2 != 0;
+  const bool noteOff = kind == 0x80 || (kind == 0x90 && e->value2 == 0);
+  if (noteOn) {
+    // A note without its partner (a damaged track) passes unchanged.
+    if (e->link == nullptr || e->link->link == nullptr) return;
+    MidiEvent& stored = *e->link->link;
+    if (t.channel != 255) {
+      stored.playedChannel = t.channel;
+      e->status = static_cast<uint8_t>(0x90 | t.channel);
+    } else {
+      stored.playedChannel = e->status & 0x0F;
+    }
+    const auto key = static_cast<uint8_t>(FoldKey(e->value1 + t.keyOffset));
+    e->value1 = key;
+    stored.playedKey = key;
+    e->value2 = t.playOff == 0 ? static_cast<uint8_t>(std::clamp(e->value2 + t.velocityOffset, 1, 127)) : 0;
+    if (clock != nullptr && clock->now != lastFollowNow) {
+      lastFollowNow = clock->now.load();
+      if (clock->followEnabled != 0) platform::post(clock->window, NM_EVENT_FOLLOW, 0, clock->now);
+    }
+  } else if (noteOff) {
+    if (e->link == nullptr) return;
+    // A note ends on the channel and key on which it began.
+    e->status = static_cast<uint8_t>(kind | (e->link->playedChannel & 0x0F));
+    e->value1 = e->link->playedKey;
+  } else if (e->status >= 0x80 && e->status < 0xF0 && t.channel != 255) {
+    e->status = static_cast<uint8_t>(kind | t.channel);
+  }
+}
+
+void InstallFeedHooks() {
+  ClockHooks.shapeEvent = ShapeEvent;
+  ClockHooks.sendEvent = SendEvent;
+}
