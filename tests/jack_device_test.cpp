@@ -22,6 +22,7 @@
 #include "midi/sync_clock.h"
 #include "platform/message_loop.h"
 #include "platform/timers.h"
+#include "support/installed_platform.h"
 #include "transport/transport_state.h"
 
 using namespace platform;
@@ -107,9 +108,7 @@ TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
   ThreadTimers timers;
   ThreadedLoop loop;
   StandardDevices devices;
-  installTimers(&timers);
-  installMessageLoop(&loop);
-  installMidiDevices(&devices.list);
+  const InstalledPlatform installed(timers, loop, devices.list);
 
   uint32_t device = 0;
   std::string name;
@@ -152,9 +151,6 @@ TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
   ClockHooks = {};
   CloseMidiOut(&out);
   loop.stop();
-  installMidiDevices(nullptr);
-  installMessageLoop(nullptr);
-  installTimers(nullptr);
 
   const std::size_t arrived = listener.count.load(std::memory_order_acquire);
   if (SlowedDown) {

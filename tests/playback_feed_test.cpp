@@ -5,6 +5,7 @@
 #include "song/note_linking.h"
 #include "song/song_store.h"
 #include "support/midi_fixture.h"
+#include "support/song_fixture.h"
 
 namespace {
 
@@ -16,12 +17,7 @@ class FeedTest : public MidiBench {
  protected:
   void SetUp() override {
     MidiBench::SetUp();
-    for (auto& t : Tracks) {
-      FreeEvents(t.events);
-      t = TrackRecord{};
-    }
-    ActiveTrackCount = 0;
-    RecordTrack = 0;
+    ClearSongTracks();
     Recording = 0;
     TicksPerBar = 480;
     openClockAndOutput();
@@ -32,11 +28,7 @@ class FeedTest : public MidiBench {
   void TearDown() override {
     TheClock = nullptr;
     TheMidiOut = nullptr;
-    for (auto& t : Tracks) {
-      FreeEvents(t.events);
-      t = TrackRecord{};
-    }
-    ActiveTrackCount = 0;
+    ClearSongTracks();
     MidiBench::TearDown();
   }
   // A track from events given in absolute time.

@@ -67,7 +67,6 @@ TEST(Render, TheFirstChordsOfTheDefaultSetUpWithSeed0AreTheOnesTheRulesGive) {
   // to element 1 at tick 10, has two notes.
   EXPECT_EQ(log[5].rfind("13 15 90 ", 0), 0u) << log[5];
   EXPECT_EQ(log[6].rfind("13 15 90 ", 0), 0u) << log[6];
-  EXPECT_EQ(log.back(), std::to_string(std::stoi(log.back())) + " " + log.back().substr(log.back().find(' ') + 1));
   fs::remove(options.log);
 }
 

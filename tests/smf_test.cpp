@@ -243,12 +243,20 @@ TEST_F(SmfTest, EveryCutOfAFileLoadsWithoutHarm) {
   const Bytes file = header(1, 2, 120) +
                      track(Bytes{0, 0xFF, 0x51, 3, 7, 0xA1, 0x20, 0, 0xFF, 0x05, 2, 'l', 'a'} + EndOfTrack) +
                      track(Bytes{0, 0xC0, 5, 0, 0x90, 60, 100, 0x60, 0x80, 60, 0, 0, 0xF0, 2, 1, 0xF7} + EndOfTrack);
+  std::size_t events = 0;
   for (std::size_t cut = 0; cut <= file.size(); ++cut) {
     CloseSMF(&smf);
     const uint32_t tracks = open(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(cut)));
+    // It opens once the tag is there; a header cut short sets nothing, so no track.
+    EXPECT_EQ(tracks == SMF_FAILED, cut < 4) << "cut " << cut;
     if (tracks == SMF_FAILED) continue;
-    for (uint32_t t = 0; t < tracks; ++t) EXPECT_LE(read(t, 64).size(), 64u);
+    EXPECT_EQ(tracks, cut < 14 ? 0u : 2u) << "cut " << cut;
+    events = 0;
+    for (uint32_t t = 0; t < tracks; ++t) events += read(t, 64).size();
   }
+  // The whole file: the tempo (its lyric, at the same tick, is dropped), then the
+  // program, note-on, note-off and the three sysex bytes 0xF0, 1, 0xF7.
+  EXPECT_EQ(events, 7u);
 }
 
 // ---- writing ----

@@ -4,6 +4,7 @@
 
 #include "platform/prompts.h"
 #include "song/note_linking.h"
+#include "support/song_fixture.h"
 #include "transport/transport_state.h"
 
 namespace {
@@ -15,22 +16,13 @@ MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
 class SongTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    for (auto& t : Tracks) {
-      FreeEvents(t.events);
-      t = TrackRecord{};
-    }
-    ActiveTrackCount = 0;
-    RecordTrack = 0;
+    ClearSongTracks();
     SongResolution = 120;
     Numerator = 4;
     platform::installPrompts(&prompts);
   }
   void TearDown() override {
-    for (auto& t : Tracks) {
-      FreeEvents(t.events);
-      t = TrackRecord{};
-    }
-    ActiveTrackCount = 0;
+    ClearSongTracks();
     platform::installPrompts(nullptr);
   }
   // Installs absolute-time events, given here in delta time, into a track.

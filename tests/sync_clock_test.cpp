@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "midi/midi_in.h"
+#include "support/installed_platform.h"
 #include "support/midi_fixture.h"
 
 using namespace platform;
@@ -130,7 +131,6 @@ TEST_F(SyncClockTest, NmSyncTickComesEveryFifthPass) {
   openClockAndOutput();
   StartSync(clock);
   passes(14);
-  const auto ticks = window.of(NM_SYNC_TICK);
   ASSERT_EQ(loop.pump(), 2u);
   ASSERT_EQ(window.of(NM_SYNC_TICK).size(), 2u);
   EXPECT_EQ(window.of(NM_SYNC_TICK)[0].param2, reinterpret_cast<uintptr_t>(clock));
@@ -696,9 +696,7 @@ TEST(SyncClockRealTimer, TheRealTimerDrivesThePassesOnItsOwnThread) {
   ThreadTimers timers;
   ThreadedLoop loop;
   LoopbackDevices devices;
-  installTimers(&timers);
-  installMessageLoop(&loop);
-  installMidiDevices(&devices);
+  const InstalledPlatform installed(timers, loop, devices);
   RecordingWindow window;
   SyncClock* clock = nullptr;
   MidiOutHandle* out = nullptr;
@@ -719,9 +717,6 @@ TEST(SyncClockRealTimer, TheRealTimerDrivesThePassesOnItsOwnThread) {
   CloseSync(&clock);
   loop.stop();
   EXPECT_GE(devices.sent().size(), 100u);
-  installMidiDevices(nullptr);
-  installMessageLoop(nullptr);
-  installTimers(nullptr);
 }
 
 // A Stop that comes while a pass is dispatching on the timer thread waits for
@@ -743,9 +738,7 @@ TEST(SyncClockRealTimer, AStopDuringADispatchWaitsForThePassAndLeavesTheRingWhol
   ThreadTimers timers;
   ManualLoop loop;
   LoopbackDevices devices;
-  installTimers(&timers);
-  installMessageLoop(&loop);
-  installMidiDevices(&devices);
+  const InstalledPlatform installed(timers, loop, devices);
   RecordingWindow window;
   SyncClock* clock = nullptr;
   MidiOutHandle* out = nullptr;
@@ -766,9 +759,6 @@ TEST(SyncClockRealTimer, AStopDuringADispatchWaitsForThePassAndLeavesTheRingWhol
   CloseSync(&clock);
   CloseMidiOut(&out);
   ClockHooks = {};
-  installMidiDevices(nullptr);
-  installMessageLoop(nullptr);
-  installTimers(nullptr);
 }
 
 }  // namespace

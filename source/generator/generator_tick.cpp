@@ -1,5 +1,7 @@
 #include "generator/generator_tick.h"
 
+#include <algorithm>
+
 #include "generator/bank.h"
 #include "generator/functions.h"
 #include "midi/midi_out.h"
@@ -129,14 +131,9 @@ void playBoards() {
 }  // namespace
 
 int16_t DrawChannel() {
-  const double r = tdrand();
-  const auto target = static_cast<int16_t>(r * (ChannelCount - 1) + 1.0 + 0.5);
-  int16_t total = 0;
-  int channel = 0;
-  while (target > total && channel < 16) total = static_cast<int16_t>(total + ChannelWeights[channel++]);
-  // With no channel to draw (a mask never refreshed) the chord plays on channel 1.
-  if (target > total || channel == 0) return 0;
-  return static_cast<int16_t>(channel - 1);
+  // With no channel to draw (a mask never refreshed) the draw fails as any
+  // other does: the chord goes out silent, on channel 1.
+  return std::max<int16_t>(DrawWeighted(ChannelWeights, ChannelCount, 0), 0);
 }
 
 void GeneratorTick() {

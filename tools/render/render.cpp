@@ -8,7 +8,6 @@
 #include <thread>
 
 #include "generator/bank.h"
-#include "generator/byte_io.h"
 #include "generator/control_panel.h"
 #include "generator/functions.h"
 #include "generator/generator_tick.h"
@@ -273,13 +272,11 @@ bool Render(const RenderOptions& options, std::string& error) {
   VirtualTimers virtualTimers;
   ThreadTimers realTimers;
   ManualLoop manualLoop;
-  ThreadedLoop* threadedLoop = nullptr;
-  std::unique_ptr<ThreadedLoop> threaded;
+  std::unique_ptr<ThreadedLoop> threadedLoop;
   if (options.realtime) {
-    threaded = std::make_unique<ThreadedLoop>();
-    threadedLoop = threaded.get();
+    threadedLoop = std::make_unique<ThreadedLoop>();
     installTimers(&realTimers);
-    installMessageLoop(threadedLoop);
+    installMessageLoop(threadedLoop.get());
   } else {
     installTimers(&virtualTimers);
     installMessageLoop(&manualLoop);
@@ -360,7 +357,7 @@ bool Render(const RenderOptions& options, std::string& error) {
   if (synth && !synth->finishRender() && error.empty()) error = "cannot write the WAV file '" + options.wav + "'";
   CloseSync(&TheClock);
   CloseMidiOut(&TheMidiOut);
-  if (threadedLoop != nullptr) threadedLoop->stop();
+  if (threadedLoop) threadedLoop->stop();
   manualLoop.pump();
   ClockHooks = {};
   uninstall();
