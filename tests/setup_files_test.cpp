@@ -9,6 +9,7 @@
 #include "generator/byte_io.h"
 #include "generator/raw_files.h"
 #include "support/generator_fixture.h"
+#include "transport/song_tempo.h"
 #include "trandom.h"
 
 namespace {

@@ -87,7 +87,7 @@ TEST_F(SongTest, DeleteResetsTheSettingsOfTheCurrentTrackWhicheverIsDeleted) {
   DeleteTrack(2);
   EXPECT_EQ(Tracks[7].keyOffset, 0);
   EXPECT_EQ(Tracks[2].keyOffset, 3) << "the emptied track keeps its own";
-  EXPECT_TRUE(TrackNames[2].empty());
+  EXPECT_FALSE(TrackNames[2].has_value());
   EXPECT_NE(TouchedTracks[0] & 1u << 7, 0u);
 }
 

@@ -7,10 +7,7 @@
 
 namespace {
 
-void sendNow(uint8_t status, uint8_t data1, uint8_t data2) {
-  MidiEvent event{SEND_NOW, status, data1, data2, 0, nullptr, 0, 0, 0, 0};
-  MidiOut(TheMidiOut, &event);
-}
+void sendNow(uint8_t status, uint8_t data1, uint8_t data2) { MidiOutNow(TheMidiOut, status, data1, data2); }
 
 // Resets, on all 16 channels from 15 down, the controllers of the kinds that are on.
 void resetKindsThatAreOn(uint32_t flags) {

@@ -22,10 +22,7 @@ namespace {
 
 uint32_t clockNow() { return TheClock != nullptr ? TheClock->now.load() : 0; }
 
-void play(uint8_t status, uint8_t data1, uint8_t data2) {
-  MidiEvent event{SEND_NOW, status, data1, data2, 0, nullptr, 0, 0, 0, 0};
-  MidiOut(TheMidiOut, &event);
-}
+void play(uint8_t status, uint8_t data1, uint8_t data2) { MidiOutNow(TheMidiOut, status, data1, data2); }
 
 void endChord(SoundingChord& chord) {
   for (int v = 0; v < chord.voiceCount; ++v) {

@@ -14,6 +14,7 @@
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
 #include "transport/clock_placing.h"
+#include "transport/song_tempo.h"
 #include "transport/transport_state.h"
 
 using namespace platform;

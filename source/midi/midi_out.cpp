@@ -323,6 +323,11 @@ uint32_t ResetNotesAndControllers(MidiOutHandle* out) {
   return 0;
 }
 
+uint32_t MidiOutNow(MidiOutHandle* out, uint8_t status, uint8_t value1, uint8_t value2) {
+  MidiEvent event{SEND_NOW, status, value1, value2, 0, nullptr, 0, 0, 0, 0};
+  return MidiOut(out, &event);
+}
+
 uint32_t MidiOut(MidiOutHandle* out, MidiEvent* event) {
   if (out == nullptr) return MIDI_OUT_FAILED;
   if (event->time == SEND_NOW) {

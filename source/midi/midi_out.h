@@ -112,6 +112,8 @@ void FlushMidiOut(MidiOutHandle* out);
 uint32_t ResetMidiOut(MidiOutHandle* out);
 uint32_t ResetNotesAndControllers(MidiOutHandle* out);
 uint32_t MidiOut(MidiOutHandle* out, MidiEvent* event);
+// MidiOut of an immediate channel message.
+uint32_t MidiOutNow(MidiOutHandle* out, uint8_t status, uint8_t value1, uint8_t value2);
 void MidiOutCallback(platform::MidiOutPort* device, uint32_t message, uintptr_t instance, uintptr_t param1,
                      uintptr_t param2);
 intptr_t MidiOutProc(MidiOutWindow* window, uint32_t message, uintptr_t param1, uintptr_t param2);

@@ -30,6 +30,8 @@ class ListView {
   virtual void clear() = 0;
   virtual std::vector<int> selectedItems() = 0;
   virtual void setSelected(int item, bool selected) = 0;
+  virtual int topIndex() = 0;
+  // -1 for none, as the list control takes it.
   virtual void setTopIndex(int item) = 0;
   virtual void setCurrent(int item) = 0;
   virtual void repaint() = 0;
@@ -42,10 +44,41 @@ class ListView {
 class LyricsEditView {
  public:
   virtual void setText(const std::string& text) = 0;
+  // Selects a span of the text and scrolls the caret into view, by the edit
+  // control's rules: a start of NoSelection takes the selection away, and an
+  // end of NoSelection runs to the end of the text.
   virtual void setHighlight(uint32_t start, uint32_t end) = 0;
+  static constexpr uint32_t NoSelection = 0xFFFFFFFFu;
 
  protected:
   ~LyricsEditView() = default;
+};
+
+// The Control Bar's fields, counter and button states, as the transport and
+// the song commands set them. UI thread only.
+class ControlBarView {
+ public:
+  // The static fields: 1175 tempo, 1180 and 1181 meter, 2050 and 2051 region.
+  virtual void setFieldText(uint32_t id, const std::string& text) = 0;
+  // The tempo's up-down control, 1119.
+  virtual void setTempoPosition(int32_t position) = 0;
+  virtual void enableControl(uint32_t id, bool enabled) = 0;
+  // Draws the position counter at a tick.
+  virtual void drawCounter(uint32_t ticks) = 0;
+
+ protected:
+  ~ControlBarView() = default;
+};
+
+// The frame window: its title and the gray state of its menu and toolbar.
+class FrameView {
+ public:
+  virtual void setTitle(const std::string& title) = 0;
+  // Applies the gray rules to every command that the transport state governs.
+  virtual void updateCommandStates() = 0;
+
+ protected:
+  ~FrameView() = default;
 };
 
 // A view fake that counts its refreshes.
@@ -62,6 +95,8 @@ extern SharedWord<uint32_t> TracksOpen, EventsOpen, ControllersOpen, LyricsOpen,
 
 extern platform::ListView* TracksList;
 extern platform::ListView* EventsList;
+// The Events list's view, whose refresh rebuilds its rows from the selected tracks.
+extern platform::RefreshableView* EventsWindow;
 extern platform::RefreshableView* LyricsWindow;
 extern platform::LyricsEditView* LyricsEdit;
 extern platform::RefreshableView* ControlPanelWindow;
@@ -69,6 +104,14 @@ extern platform::RefreshableView* DistributionsWindow;
 extern platform::RefreshableView* FunctionsWindow;
 extern platform::RefreshableView* BoardsWindow;
 extern platform::RefreshableView* BanksWindow;
+extern platform::ControlBarView* ControlBar;
+extern platform::FrameView* FrameWindow;
+// Rows of the Events list in sight, which its view works out on each change of size.
+extern uint32_t EventsRowsInSight;
+
+// The frame's gray rules, applied after each change of the transport or the
+// selection; nothing while there is no frame.
+void UpdateCommandStates();
 
 // Calls the view's refresh if its flag reads 1; what every refresh entry does first.
 inline void RefreshIfOpen(const SharedWord<uint32_t>& open, platform::RefreshableView* view) {

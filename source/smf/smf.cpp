@@ -220,7 +220,9 @@ bool readEvent(SmfFile& smf, uint32_t trackNumber, SmfTrackState& track, ReadSta
 // ---- writing ----
 
 bool put(SmfFile& smf, const std::vector<uint8_t>& bytes) {
-  return bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), smf.file) == bytes.size();
+  const bool written = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), smf.file) == bytes.size();
+  if (!written) smf.writeFailed = true;
+  return written;
 }
 
 std::vector<uint8_t> bigEndian(uint32_t value, int bytes) {
@@ -377,17 +379,22 @@ uint32_t OpenSMFImage(SmfFile** smf, std::vector<uint8_t> image, uint32_t* forma
   return s->trackCount;
 }
 
-void CloseSMF(SmfFile** smf) {
-  if (smf == nullptr || *smf == nullptr) return;
+uint32_t CloseSMF(SmfFile** smf) {
+  if (smf == nullptr || *smf == nullptr) return 0;
   SmfFile& s = **smf;
   if (s.mode == 'w' && s.file != nullptr && s.chunkStart != 0) {
     WriteMetaEvent(&s, s.currentTrack, META_END_OF_TRACK, nullptr, 0);
     writeChunkHeader(s, s.chunkStart, s.chunkLength);
     writeFileHeader(s);
   }
-  if (s.file != nullptr) std::fclose(s.file);
+  bool failed = s.writeFailed;
+  if (s.file != nullptr) {
+    if (s.mode == 'w' && (std::fflush(s.file) != 0 || std::ferror(s.file) != 0)) failed = true;
+    if (std::fclose(s.file) != 0 && s.mode == 'w') failed = true;
+  }
   delete *smf;
   *smf = nullptr;
+  return failed ? SMF_FAILED : 0;
 }
 
 uint32_t SuspendSMF(SmfFile* smf) {

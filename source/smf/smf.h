@@ -43,12 +43,15 @@ struct SmfFile {
   uint32_t chunkStart = 0;
   uint32_t chunkLength = 0;
   uint8_t runningStatus = 0;
+  bool writeFailed = false;  // a write came up short
 };
 
 uint32_t OpenSMF(SmfFile** smf, const char* path, uint32_t* format, uint8_t mode);
 // Opens for reading a file image already in memory, as OpenSMF does a file.
 uint32_t OpenSMFImage(SmfFile** smf, std::vector<uint8_t> image, uint32_t* format);
-void CloseSMF(SmfFile** smf);
+// Closes the handle; SMF_FAILED when a file being written did not take every
+// byte, so that a caller can keep its old file (the writers themselves go on).
+uint32_t CloseSMF(SmfFile** smf);
 uint32_t SuspendSMF(SmfFile* smf);
 uint32_t RewindSMF(SmfFile* smf);
 uint32_t ReadSMF(SmfFile* smf, uint32_t track, MidiEvent* events, uint32_t maxEvents);

@@ -1,8 +1,12 @@
 #include "song/song_store.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <new>
 
+#include "midi/midi_out.h"
+#include "platform/view_registry.h"
 #include "transport/transport_state.h"
 
 std::array<TrackRecord, SongTrackCount + 1> Tracks;
@@ -11,7 +15,23 @@ std::array<uint32_t, SongTrackCount + 1> ActiveTracks{};
 int32_t ActiveTrackCount = 0;
 uint8_t RecordTrack = 0;
 std::array<uint32_t, 8> TouchedTracks{};
-std::array<std::string, SongTrackCount + 1> TrackNames;
+std::array<std::optional<std::string>, SongTrackCount + 1> TrackNames;
+std::array<std::unique_ptr<TrackRow>, SongTrackCount + 1> TrackRows;
+std::array<uint32_t, SongTrackCount> SelectedTracks{};
+int32_t SelectedTrackCount = 0;
+uint32_t SelectFrom = 0, SelectTo = 0;
+std::array<MidiEvent, TakeCapacity> TakeBuffer{};
+uint32_t TakeCount = 0;
+std::unique_ptr<char[]> LyricText;
+std::string SongFilePath;
+std::string SongTitle = "No name";
+uint32_t SongDirty = 0;
+std::unique_ptr<EventRow[]> EventRows;
+uint32_t EventRowCount = 0;
+
+void SetFrameTitle() {
+  if (FrameWindow != nullptr) FrameWindow->setTitle("Velmora - [" + SongTitle + "]");
+}
 
 int FoldKey(int k) {
   if (k < 0) return (k / -12 + 1) * 12 + k;
@@ -95,12 +115,81 @@ MidiEvent* AllocateEvents(uint32_t count) { return new (std::nothrow) MidiEvent[
 
 void FreeEvents(MidiEvent* events) { delete[] events; }
 
+namespace {
+
+template <std::size_t N, typename... Args>
+void format(char (&field)[N], const char* pattern, Args... args) {
+  std::snprintf(field, N, pattern, args...);
+}
+
+// A setting's text: its number, or "- - -" for none; a setting that is set
+// goes out at once as the event that makes it heard.
+void settingCell(char (&field)[30], uint8_t value, uint8_t status, uint8_t controller) {
+  if (value == 255) {
+    format(field, "%s", "- - -");
+    return;
+  }
+  format(field, "%u", unsigned{value});
+  // A track without a channel sends status 0xFF here, as designed.
+  if (status >> 4 == 0xC) {
+    MidiOutNow(TheMidiOut, status, value, 0);
+  } else {
+    MidiOutNow(TheMidiOut, status, controller, value);
+  }
+}
+
+// The Tracks manager's selection read back into SelectedTracks, ascending.
+void readSelection() {
+  std::vector<int> rows = TracksList->selectedItems();
+  std::sort(rows.begin(), rows.end());
+  SelectedTrackCount = 0;
+  for (int row : rows) {
+    if (row >= 0 && row < static_cast<int>(SongTrackCount)) {
+      SelectedTracks[static_cast<std::size_t>(SelectedTrackCount++)] = static_cast<uint32_t>(row);
+    }
+  }
+  UpdateCommandStates();
+}
+
+}  // namespace
+
+void BuildTrackRow(uint32_t track) {
+  if (track > SongTrackCount) return;
+  const TrackRecord& t = Tracks[track];
+  auto row = std::make_unique<TrackRow>();
+  format(row->play, "%s", t.playOff == 0 ? "On" : "Off");
+  format(row->key, "%d", int{t.keyOffset});
+  format(row->velocity, "%d", int{t.velocityOffset});
+  format(row->time, "%s", TimeText(t.timeOffset).c_str());
+  if (t.channel == 255) {
+    format(row->channel, "%s", "- - -");
+  } else {
+    format(row->channel, "%u", t.channel + 1u);
+  }
+  format(row->repeats, "%u", unsigned{t.repeats});
+  settingCell(row->pan, t.pan, static_cast<uint8_t>(t.channel | 0xB0), 10);
+  settingCell(row->volume, t.volume, static_cast<uint8_t>(t.channel | 0xB0), 7);
+  settingCell(row->patch, t.patch, static_cast<uint8_t>(t.channel | 0xC0), 0);
+  TrackRows[track] = std::move(row);
+  SongDirty = 1;
+}
+
 void DeleteTrack(uint32_t track) {
   if (track > SongTrackCount) return;
+  if (TracksOpen == 1 && TracksList != nullptr) {
+    TracksList->setSelected(static_cast<int>(track), false);
+    TracksList->repaint();
+    readSelection();
+  }
+  if (EventsOpen == 1) {
+    if (EventsWindow != nullptr) EventsWindow->refresh();
+    if (EventsList != nullptr) EventsList->repaint();
+  }
   // The settings that go are the current track's, whichever track is deleted, as designed.
   TouchTrack(RecordTrack);
   ResetTrackSettings(Tracks[RecordTrack]);
-  TrackNames[track].clear();
+  TrackNames[track].reset();
+  TrackRows[track].reset();
   TrackRecord& t = Tracks[track];
   if (t.events == nullptr) return;
   FreeEvents(t.events);

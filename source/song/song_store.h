@@ -8,6 +8,8 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,7 +44,53 @@ extern std::array<uint32_t, SongTrackCount + 1> ActiveTracks;
 extern int32_t ActiveTrackCount;
 extern uint8_t RecordTrack;
 extern std::array<uint32_t, 8> TouchedTracks;  // bit t % 32 of word t / 32
-extern std::array<std::string, SongTrackCount + 1> TrackNames;
+// A track's name: none, or a text, which may be empty.
+extern std::array<std::optional<std::string>, SongTrackCount + 1> TrackNames;
+
+// A track's row in the Tracks manager, its texts kept ready for painting. The
+// row shows the name of TrackNames, which it does not copy.
+struct TrackRow {
+  char play[30];
+  char key[30];
+  char velocity[30];
+  char time[30];
+  char channel[30];
+  char repeats[30];
+  char pan[30];
+  char volume[30];
+  char patch[30];
+};
+extern std::array<std::unique_ptr<TrackRow>, SongTrackCount + 1> TrackRows;
+
+// The tracks that Copy, Cut, the transforms and the Events list act on, ascending.
+extern std::array<uint32_t, SongTrackCount> SelectedTracks;
+extern int32_t SelectedTrackCount;
+extern uint32_t SelectFrom, SelectTo;  // the region's bounds in ticks
+
+// The take and the loader's staging area: one block from start to exit.
+inline constexpr uint32_t TakeCapacity = 32768;
+extern std::array<MidiEvent, TakeCapacity> TakeBuffer;
+extern uint32_t TakeCount;
+
+// The song's lyric text: null, or one block of LyricTextSize bytes that the
+// loader fills and never runs past.
+inline constexpr uint32_t LyricTextSize = 65535;
+extern std::unique_ptr<char[]> LyricText;
+
+extern std::string SongFilePath;  // the path of the last Save as; empty otherwise
+extern std::string SongTitle;     // the name in the frame's title
+extern uint32_t SongDirty;        // the song changed since it was last saved
+// The frame's title: "Velmora - [SongTitle]".
+void SetFrameTitle();
+
+// The Events list's rows, each pointing at an event in its track; built by
+// the list, read by the playback cursor and Go to.
+struct EventRow {
+  MidiEvent* event;
+  int16_t track;
+};
+extern std::unique_ptr<EventRow[]> EventRows;
+extern uint32_t EventRowCount;
 
 // Ticks as measure:beat:tick, counted from 1: 0 reads 00001:01:000.
 std::string TimeText(uint32_t ticks);
@@ -64,8 +112,11 @@ int AppendEvent(const MidiEvent* event, EventList* list);
 // The settings of a track as a new song has them.
 void ResetTrackSettings(TrackRecord& track);
 void TouchTrack(uint32_t track);
-// Takes a track's events, name and settings of the current track away, and
-// rebuilds ActiveTracks. The views are told by their own parts.
+// Builds a track's row from its record, sends its pan, volume and patch, and
+// marks the song changed.
+void BuildTrackRow(uint32_t track);
+// Takes a track's events, name and row away, puts the current track's
+// settings back to their defaults, and rebuilds ActiveTracks.
 void DeleteTrack(uint32_t track);
 // An event array that does not move while it lives; null when none can be had.
 MidiEvent* AllocateEvents(uint32_t count);

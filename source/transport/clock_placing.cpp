@@ -6,18 +6,6 @@
 #include "midi/sync_clock.h"
 #include "transport/transport_state.h"
 
-namespace {
-SharedWord<uint32_t> songTempo = 500000;
-}  // namespace
-
-uint32_t SongTempo() { return songTempo; }
-
-void SetSongTempo(uint32_t microsecondsPerQuarter) {
-  if (microsecondsPerQuarter == 0) return;
-  songTempo = microsecondsPerQuarter;
-  SetTempo(TheClock, microsecondsPerQuarter);
-}
-
 void PlaceClock(SyncClock* clock, uint32_t p) {
   if (clock == nullptr) return;
   const uint32_t resolution = clock->resolution;
@@ -51,10 +39,9 @@ void PlaceBeat(SyncClock* clock, uint32_t p) {
   clock->metronomeMsg = clock->beat == 0 ? clock->firstBeatMsg.load() : clock->otherBeatsMsg.load();
 }
 
-void StartClockForGenerator() {
+void PrepareMetronome(uint32_t p) {
   SyncClock* clock = TheClock;
   if (clock == nullptr) return;
-  const uint32_t p = SongPosition;
   clock->beatCount = 0;
   clock->flags.fetch_and(~SYNC_COUNT_IN);
   PlaceMetronome(clock, p);
@@ -62,8 +49,19 @@ void StartClockForGenerator() {
     TheMidiOut->flags.fetch_or(METRONOME_ON);
     platform::post(ControlBarControl(109), BUTTON_SET_STATE, 1, 0);
   }
+}
+
+void StartClockAt(uint32_t p) {
+  SyncClock* clock = TheClock;
+  if (clock == nullptr) return;
   PlaceClock(clock, p);
   PlaceBeat(clock, p);
   platform::send(ControlBarWindow, NM_SYNC_TICK, 0, reinterpret_cast<uintptr_t>(clock));
   ReStartSync(clock);
+}
+
+void StartClockForGenerator() {
+  const uint32_t p = SongPosition;
+  PrepareMetronome(p);
+  StartClockAt(p);
 }

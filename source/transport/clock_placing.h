@@ -12,11 +12,10 @@ void PlaceClock(SyncClock* clock, uint32_t p);
 void PlaceMetronome(SyncClock* clock, uint32_t p);
 // beat within the bar, the count-in's start and the click of the first beat.
 void PlaceBeat(SyncClock* clock, uint32_t p);
+// No count-in, the metronome's first beat at p, and its click switched on
+// when it is set to sound during play.
+void PrepareMetronome(uint32_t p);
+// Places the clock and the beat at p, draws the counter, and starts the clock.
+void StartClockAt(uint32_t p);
 // Starts the clock at SongPosition for the generator alone, the song unfed.
 void StartClockForGenerator();
-
-// The song's tempo in microseconds per quarter note, as the tempo track's
-// first event holds it; setting it sets the clock's tempo too. A tempo of 0
-// would stop time: it is refused and the old one stays.
-uint32_t SongTempo();
-void SetSongTempo(uint32_t microsecondsPerQuarter);

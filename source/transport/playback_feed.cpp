@@ -4,21 +4,18 @@
 
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "platform/view_registry.h"
 #include "song/song_store.h"
 #include "transport/transport_state.h"
 
 SharedWord<uint32_t> FeedRemaining;
 SharedWord<uint32_t> FeedLastTime;
+uint32_t FeedCursorRow = 0, FeedShownRow = 0, EventsListTop = 0;
 
 namespace {
 
 // The clock's now at the last note-on shaped, for the Events list's cursor.
 SharedWord<uint32_t> lastFollowNow = 0xFFFFFFFFu;
-
-void sendSetting(uint8_t status, uint8_t value1, uint8_t value2) {
-  MidiEvent event{SEND_NOW, status, value1, value2, 0, nullptr, 0, 0, 0, 0};
-  MidiOut(TheMidiOut, &event);
-}
 
 // The time at which the next event of a track is due, its passes counted in.
 uint32_t nextKey(const TrackRecord& t) {
@@ -40,9 +37,9 @@ void SeekFeed(uint32_t position) {
     TrackRecord& t = Tracks[number];
     if (t.events == nullptr || t.count == 0) continue;
     const uint8_t channel = t.channel != 255 ? t.channel : t.events[0].status & 0x0F;
-    if (t.pan != 255) sendSetting(static_cast<uint8_t>(0xB0 | channel), 10, t.pan);
-    if (t.volume != 255) sendSetting(static_cast<uint8_t>(0xB0 | channel), 7, t.volume);
-    if (t.patch != 255) sendSetting(static_cast<uint8_t>(0xC0 | channel), t.patch, 0);
+    if (t.pan != 255) MidiOutNow(TheMidiOut, static_cast<uint8_t>(0xB0 | channel), 10, t.pan);
+    if (t.volume != 255) MidiOutNow(TheMidiOut, static_cast<uint8_t>(0xB0 | channel), 7, t.volume);
+    if (t.patch != 255) MidiOutNow(TheMidiOut, static_cast<uint8_t>(0xC0 | channel), t.patch, 0);
     if (number == RecordTrack && Recording == 1) continue;
     t.remaining = t.count;
     t.cursor = 0;
@@ -53,6 +50,29 @@ void SeekFeed(uint32_t position) {
     }
     FeedRemaining += t.remaining;
   }
+  FeedCursorRow = FirstEventRowAt(position);
+  if (EventsOpen == 1 && EventsList != nullptr) EventsList->setCurrent(static_cast<int>(FeedCursorRow));
+}
+
+uint32_t FirstEventRowAt(uint32_t position) {
+  uint32_t row = 0;
+  while (row < EventRowCount && EventRows[row].event->time < position) ++row;
+  return row;
+}
+
+void EventFollowNotice(uint32_t position) {
+  if (FeedCursorRow >= EventRowCount) return;
+  while (FeedCursorRow < EventRowCount && EventRows[FeedCursorRow].event->time <= position) ++FeedCursorRow;
+  if (FeedCursorRow == FeedShownRow) return;
+  if (TheClock != nullptr) TheClock->followEnabled = 0;
+  // The list turns over a page at a time rather than row by row.
+  if (EventsListTop + EventsRowsInSight <= FeedCursorRow) {
+    if (EventsOpen == 1 && EventsList != nullptr) EventsList->setTopIndex(static_cast<int>(FeedCursorRow));
+    EventsListTop = FeedCursorRow;
+  }
+  if (EventsOpen == 1 && EventsList != nullptr) EventsList->setCurrent(static_cast<int>(FeedCursorRow));
+  FeedShownRow = FeedCursorRow;
+  if (TheClock != nullptr) TheClock->followEnabled = 1;
 }
 
 void SendEvent(MidiOutHandle* out) {

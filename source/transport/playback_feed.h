@@ -19,6 +19,9 @@ inline constexpr uint32_t NM_EVENT_FOLLOW = 20827;
 
 extern SharedWord<uint32_t> FeedRemaining;  // events left to feed, repeats entered included
 extern SharedWord<uint32_t> FeedLastTime;   // absolute time of the event last put into the ring
+// The Events list's playback cursor: the first row not yet passed, the row
+// last shown, and the list's top row as Play and Record remember it.
+extern uint32_t FeedCursorRow, FeedShownRow, EventsListTop;
 
 // Places every track at a position, sending at once the pan, volume and patch of each.
 void SeekFeed(uint32_t position);
@@ -26,5 +29,11 @@ void SeekFeed(uint32_t position);
 void SendEvent(MidiOutHandle* out);
 // Shapes a ring slot by its track's settings just before it is sent.
 void ShapeEvent(SyncClock* clock, MidiOutHandle* out, MidiEvent* event);
+// The first row of EventRows whose event's time is at or after a position,
+// or EventRowCount when there is none.
+uint32_t FirstEventRowAt(uint32_t position);
+// NM_EVENT_FOLLOW: moves the Events list's cursor to the music at a position,
+// a page at a time.
+void EventFollowNotice(uint32_t position);
 // Installs the shaping and the top-up in the clock's pass.
 void InstallFeedHooks();

@@ -20,6 +20,7 @@
 #include "platform/prompts.h"
 #include "platform/timers.h"
 #include "transport/clock_placing.h"
+#include "transport/song_tempo.h"
 #include "transport/transport_state.h"
 
 using namespace platform;

@@ -1,0 +1,38 @@
+#pragma once
+// The song file commands: New, Open, Save and Save as, the question that
+// guards unsaved work, and the translation between the song and a Standard
+// MIDI File: which file track becomes which song track, where tempo, meter,
+// names and lyrics go. UI thread only, with the transport stopped.
+
+#include <cstdint>
+#include <string>
+
+struct SmfFile;
+
+inline constexpr uint32_t CMD_NEW_SONG = 24331;
+inline constexpr uint32_t CMD_OPEN_SONG = 24332;
+inline constexpr uint32_t CMD_SAVE_SONG = 24333;
+inline constexpr uint32_t CMD_SAVE_SONG_AS = 24334;
+
+extern int32_t SaveResult;        // the last save's or prompt's answer: 0 means do not go on
+extern SmfFile* SongReadHandle;   // the file a load is reading, null otherwise
+
+// Empties the song: one tempo event in the tempo track, 120 ticks a quarter,
+// 60 beats a minute, no names, rows, lyrics or selection. The meter, the
+// edit buffers and the generator stay as they are.
+void ResetSong();
+
+// Non-zero when the caller may go on: the song is clean, or the user saved
+// it, or chose not to.
+int SavePrompt();
+void NewSong();
+void OpenSongDialog();
+// Replaces the song with a file's. The old song is gone before the file is
+// looked at; a file that cannot be read leaves an empty song.
+void LoadSong(const std::string& path);
+void SaveSong();
+void SaveSongAs();
+// Writes the song as a format 1 file: 1 when written, 0 when not. The file
+// is written beside its target and renamed over it only when complete, so a
+// failed save leaves the old file as it was.
+int WriteSong(const std::string& path);

@@ -1,0 +1,32 @@
+#pragma once
+// The song's tempo, held in three places that move together: the clock, the
+// first event of the tempo track, and the Control Bar's tempo field and
+// up-down control. UI thread only; a running clock takes a new tempo at its
+// next pass.
+
+#include <cstdint>
+
+// The part of the beats-per-minute value that the up-down control cannot hold.
+extern double TempoFraction;
+
+// Microseconds per quarter note, from the tempo track's first event; the
+// clock's while the tempo track holds no event.
+uint32_t SongTempo();
+// A tempo for the clock and the tempo track's first event, shown in the
+// Control Bar. A tempo of 0 would stop time: it is refused and the old one stays.
+void SetSongTempo(uint32_t microsecondsPerQuarter);
+// Starts the song at a tempo in beats per minute: outside 10 to 240 it is
+// 100. The clock takes it and the Control Bar shows it; the tempo track is
+// not written.
+void StartTempo(double beatsPerMinute);
+// The tempo track's first event becomes a tempo at time 0 holding the clock's tempo.
+void WriteTempoEvent();
+// Field 1175 by "%3.2f" and the up-down control at the whole part.
+void ShowTempo(double beatsPerMinute);
+
+// The up-down control moved to a position: the clock, the field and the
+// tempo track's first event follow, with TempoFraction kept.
+void TempoEntry(int32_t position);
+// NM_SONG_META: a tempo event of the song reached the clock (the Control Bar
+// shows it), or a lyric event came due (the Lyrics view selects its span).
+void SongMetaNotice(uint32_t type, uintptr_t param);
