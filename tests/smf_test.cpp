@@ -394,6 +394,17 @@ TEST_F(SmfWriteTest, AFileWithNoTrackIsTheHeaderAlone) {
   EXPECT_EQ(written(), header(1, 0, 480));
 }
 
+TEST(SmfClose, AFileThatDidNotTakeEveryByteIsReportedAtClose) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
+  SmfFile* smf = nullptr;
+  uint32_t format = 1;
+  ASSERT_NE(OpenSMF(&smf, "/dev/full", &format, 'w'), SMF_FAILED);
+  std::vector<MidiEvent> events(2000, MidiEvent{0, 0xB0, 7, 100, 0, nullptr, 0, 0, 0, 0});
+  WriteSMF(smf, 0, events.data(), static_cast<uint32_t>(events.size()), 0);
+  EXPECT_EQ(CloseSMF(&smf), SMF_FAILED) << "the disk is full";
+  EXPECT_EQ(smf, nullptr);
+}
+
 TEST(VariableLength, IsWrittenSevenBitsAByteAndHeldToFourBytes) {
   EXPECT_EQ(EncodeVariableLength(0), (Bytes{0}));
   EXPECT_EQ(EncodeVariableLength(127), (Bytes{0x7F}));

@@ -5,6 +5,7 @@
 #include "platform/prompts.h"
 #include "song/note_linking.h"
 #include "support/song_fixture.h"
+#include "support/song_views.h"
 #include "transport/transport_state.h"
 
 namespace {
@@ -89,6 +90,66 @@ TEST_F(SongTest, DeleteResetsTheSettingsOfTheCurrentTrackWhicheverIsDeleted) {
   EXPECT_EQ(Tracks[2].keyOffset, 3) << "the emptied track keeps its own";
   EXPECT_FALSE(TrackNames[2].has_value());
   EXPECT_NE(TouchedTracks[0] & 1u << 7, 0u);
+}
+
+TEST_F(SongTest, DeleteTakesTheTrackOutOfTheOpenTracksListAndRefreshesTheEventsList) {
+  install(2, {ev(0, 0x90, 60, 1)});
+  install(3, {ev(0, 0x90, 62, 1)});
+  RecordingList tracks, events;
+  platform::RecordingView eventsWindow;
+  RecordingFrame frame;
+  tracks.selected = {2, 3};
+  TracksList = &tracks;
+  EventsList = &events;
+  EventsWindow = &eventsWindow;
+  FrameWindow = &frame;
+  TracksOpen = EventsOpen = 1;
+  BuildTrackRow(2);
+  DeleteTrack(2);
+  EXPECT_EQ(tracks.selected, (std::set<int>{3}));
+  EXPECT_EQ(SelectedTrackCount, 1);
+  EXPECT_EQ(SelectedTracks[0], 3u);
+  EXPECT_EQ(frame.updates, 1);
+  EXPECT_EQ(eventsWindow.refreshes, 1);
+  EXPECT_EQ(events.repaints, 1);
+  EXPECT_FALSE(TrackRows[2]);
+  ClearViewRegistry();
+}
+
+TEST_F(SongTest, WithTheViewsClosedTheSelectionStillNamesTheDeletedTrack) {
+  install(2, {ev(0, 0x90, 60, 1)});
+  SelectedTracks[0] = 2;
+  SelectedTrackCount = 1;
+  DeleteTrack(2);
+  EXPECT_EQ(SelectedTrackCount, 1);
+  EXPECT_EQ(Tracks[2].count, 0u);
+  SelectedTrackCount = 0;
+}
+
+TEST_F(SongTest, ATrackRowShowsTheSettingsAndMarksTheSongChanged) {
+  TrackRecord& t = Tracks[4];
+  t.playOff = 1;
+  t.keyOffset = -12;
+  t.velocityOffset = 5;
+  t.timeOffset = 480;
+  t.channel = 9;
+  t.repeats = 65535;
+  t.pan = 64;
+  SongDirty = 0;
+  BuildTrackRow(4);
+  const TrackRow& row = *TrackRows[4];
+  EXPECT_STREQ(row.play, "Off");
+  EXPECT_STREQ(row.key, "-12");
+  EXPECT_STREQ(row.velocity, "5");
+  EXPECT_STREQ(row.time, "00002:01:000");
+  EXPECT_STREQ(row.channel, "10");
+  EXPECT_STREQ(row.repeats, "65535");
+  EXPECT_STREQ(row.pan, "64");
+  EXPECT_STREQ(row.volume, "- - -");
+  EXPECT_STREQ(row.patch, "- - -");
+  EXPECT_EQ(SongDirty, 1u);
+  SongDirty = 0;
+  TrackRows[4].reset();
 }
 
 // ---- pairing ----

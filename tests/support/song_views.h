@@ -1,0 +1,68 @@
+#pragma once
+// Fakes of the views that the song and the transport update: the Control
+// Bar's fields and buttons, the frame, a list control and the lyrics edit.
+
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/view_registry.h"
+
+class RecordingControlBar final : public platform::ControlBarView {
+ public:
+  void setFieldText(uint32_t id, const std::string& text) override { fields[id] = text; }
+  void setTempoPosition(int32_t position) override { tempoPosition = position; }
+  void enableControl(uint32_t id, bool on) override { enabled[id] = on; }
+  void drawCounter(uint32_t ticks) override { counter.push_back(ticks); }
+
+  std::map<uint32_t, std::string> fields;
+  std::map<uint32_t, bool> enabled;
+  int32_t tempoPosition = -1;
+  std::vector<uint32_t> counter;
+};
+
+class RecordingFrame final : public platform::FrameView {
+ public:
+  void setTitle(const std::string& text) override { title = text; }
+  void updateCommandStates() override { ++updates; }
+  std::string title;
+  int updates = 0;
+};
+
+class RecordingList final : public platform::ListView {
+ public:
+  int count() override { return rows; }
+  void clear() override {
+    rows = 0;
+    ++clears;
+  }
+  std::vector<int> selectedItems() override { return {selected.begin(), selected.end()}; }
+  void setSelected(int item, bool on) override {
+    if (on) {
+      selected.insert(item);
+    } else {
+      selected.erase(item);
+    }
+  }
+  int topIndex() override { return top; }
+  void setTopIndex(int item) override { top = item; }
+  void setCurrent(int item) override { current = item; }
+  void repaint() override { ++repaints; }
+
+  int rows = 256;
+  std::set<int> selected;
+  int top = 0;
+  int current = 0;
+  int repaints = 0;
+  int clears = 0;
+};
+
+class RecordingLyrics final : public platform::LyricsEditView {
+ public:
+  void setText(const std::string& value) override { text = value; }
+  void setHighlight(uint32_t start, uint32_t end) override { highlights.emplace_back(start, end); }
+  std::string text = "old text";
+  std::vector<std::pair<uint32_t, uint32_t>> highlights;
+};

@@ -1,0 +1,279 @@
+#include "transport/transport_commands.h"
+
+#include <gtest/gtest.h>
+
+#include "generator/generator_tick.h"
+#include "support/song_bench.h"
+#include "transport/song_tempo.h"
+
+namespace {
+
+MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
+  return MidiEvent{time, status, v1, v2, 0, nullptr, 0, 0, 0, 0};
+}
+
+// A button that keeps the states it was set to.
+class Button final : public platform::MessageTarget {
+ public:
+  intptr_t handleMessage(uint32_t msg, uintptr_t param1, uintptr_t) override {
+    if (msg == BUTTON_SET_STATE) states.push_back(static_cast<int>(param1));
+    return 0;
+  }
+  std::vector<int> states;
+};
+
+class Transport : public SongBench {
+ protected:
+  void SetUp() override {
+    SongBench::SetUp();
+    for (uint32_t id : {101u, 109u, 200u}) SetControlBarControl(id, &buttons[id]);
+  }
+  void TearDown() override {
+    for (uint32_t id : {101u, 109u, 200u}) SetControlBarControl(id, nullptr);
+    ClockHooks = {};
+    InstallFeedHooks();
+    SongBench::TearDown();
+  }
+  std::map<uint32_t, Button> buttons;
+};
+
+TEST_F(Transport, PlayOnASongOfOnlyTheTempoEventStopsByItselfAtTheFirstSyncTickAndRewinds) {
+  TransportCommand(CMD_PLAY);
+  EXPECT_EQ(Playing.load(), 1u);
+  int passes = 0;
+  while (Playing == 1 && passes < 20) {
+    timers.step();
+    loop.pump();
+    ++passes;
+  }
+  EXPECT_EQ(Playing.load(), 0u);
+  EXPECT_LE(passes, 6) << "the first NM_SYNC_TICK, within 50 ms";
+  EXPECT_EQ(SongPosition.load(), 0u);
+}
+
+TEST_F(Transport, PlayGraysTheTransportButtonsAndStopGivesThemBack) {
+  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  const int updates = frame.updates;
+  TransportCommand(CMD_PLAY);
+  for (uint32_t id : {104u, 101u, 108u, 107u}) EXPECT_FALSE(bar.enabled[id]) << id;
+  EXPECT_EQ(frame.updates, updates + 1);
+  passes(10);
+  TransportCommand(CMD_STOP);
+  loop.pump();
+  for (uint32_t id : {104u, 101u, 108u, 107u}) EXPECT_TRUE(bar.enabled[id]) << id;
+  EXPECT_EQ(buttons[101].states.back(), 0);
+  EXPECT_EQ(buttons[109].states.back(), 0);
+  EXPECT_EQ(Playing.load(), 0u);
+  EXPECT_GT(SongPosition.load(), 0u) << "the position is where the clock stopped";
+  EXPECT_EQ(SongPosition.load(), clock->now.load());
+}
+
+TEST_F(Transport, StopWhilePlayingLetsGoOfTheDamperAndCentresTheBenderOnEveryChannel) {
+  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  TransportCommand(CMD_PLAY);
+  passes(3);
+  devices.clearSent();
+  TransportCommand(CMD_STOP);
+  std::vector<uint32_t> words = sentMessages();
+  std::erase_if(words, [](uint32_t w) { return (w & 0xF0) == 0x80 || ((w & 0xF0) == 0x90); });  // the reset's note-offs
+  ASSERT_EQ(words.size(), 32u);
+  for (uint32_t channel = 0; channel < 16; ++channel) {
+    EXPECT_EQ(words[channel], 0xB0 | channel | 64u << 8);
+    EXPECT_EQ(words[16 + channel], 0xE0 | channel | 64u << 16);
+  }
+}
+
+TEST_F(Transport, StopWhileNeitherPlayingNorRecordingEnablesBothClockButtonsAndChangesNothingElse) {
+  bar.enabled[108] = false;
+  SongPosition = 77;
+  TransportCommand(CMD_STOP);
+  EXPECT_TRUE(bar.enabled[108]);
+  EXPECT_TRUE(bar.enabled[107]);
+  EXPECT_EQ(bar.enabled.count(101), 0u);
+  EXPECT_EQ(SongPosition.load(), 77u);
+  EXPECT_TRUE(sentMessages().empty());
+}
+
+TEST_F(Transport, APositionBeyondTheSongFeedsNothingAndPlayStopsAtTheFirstNotification) {
+  install(0, {ev(0, 0x90, 60, 90), ev(120, 0x90, 60, 0)});
+  SongPosition = 5000;
+  TransportCommand(CMD_PLAY);
+  EXPECT_EQ(FeedRemaining.load(), 0u);
+  EXPECT_EQ(out->ringCount.load(), 0u);
+  playToTheEnd(20);
+  EXPECT_EQ(Playing.load(), 0u);
+}
+
+TEST_F(Transport, RewindStopsPlayAndPutsEveryPositionBackTo0) {
+  install(0, {ev(0, 0x90, 60, 90), ev(4800, 0x90, 60, 0)});
+  TransportCommand(CMD_PLAY);
+  passes(30);
+  RecordingLyrics lyrics;
+  LyricsEdit = &lyrics;
+  TransportCommand(CMD_REWIND);
+  EXPECT_EQ(Playing.load(), 0u);
+  EXPECT_EQ(SongPosition.load(), 0u);
+  EXPECT_EQ(clock->now.load(), 0u);
+  EXPECT_EQ(clock->sinceEvent.load(), 0u);
+  EXPECT_EQ(clock->beatTicks.load(), 0u);
+  EXPECT_EQ(lyrics.highlights.back(), (std::pair<uint32_t, uint32_t>{0, 0}));
+}
+
+TEST_F(Transport, GoToEndTakesTheLastEventOfTheSongTracks) {
+  install(0, {ev(0, 0x90, 60, 90), ev(300, 0x90, 60, 0)});
+  install(1, {ev(10, 0x90, 62, 90), ev(700, 0x90, 62, 0)});
+  TransportCommand(CMD_GO_TO_END);
+  EXPECT_EQ(SongPosition.load(), 700u);
+  EXPECT_EQ(clock->now.load(), 700u);
+  EXPECT_EQ(bar.counter.back(), 700u);
+}
+
+TEST_F(Transport, AfterADeletionGoToEndCountsOnlyTheFirstEventOfTheFirstListedTrack) {
+  install(0, {ev(0, 0x90, 60, 90), ev(900, 0x90, 60, 0)});
+  install(1, {ev(10, 0x90, 62, 90), ev(700, 0x90, 62, 0)});
+  install(2, {ev(20, 0x90, 64, 90), ev(30, 0x90, 64, 0)});
+  DeleteTrack(2);  // ActiveTracks: 0, 1, 256
+  TransportCommand(CMD_GO_TO_END);
+  EXPECT_EQ(SongPosition.load(), 700u) << "track 0 stands first: its first event, not its last, counts";
+}
+
+TEST_F(Transport, GoToEndSetsTheEventsListOnTheRowBeforeThePosition) {
+  install(0, {ev(0, 0x90, 60, 90), ev(300, 0x90, 60, 0)});
+  MidiEvent* e = Tracks[0].events;
+  EventRows.reset(new EventRow[2]{{&e[0], 0}, {&e[1], 0}});
+  EventRowCount = 2;
+  RecordingList events;
+  EventsList = &events;
+  EventsOpen = 1;
+  TransportCommand(CMD_GO_TO_END);
+  EXPECT_EQ(FeedCursorRow, 1u);
+  EXPECT_EQ(events.top, 0);
+  EXPECT_EQ(events.current, 0);
+}
+
+TEST_F(Transport, TheEndOfASongWhileTheGeneratorRunsLeavesThePositionAndRewindIsLost) {
+  InstallGeneratorHooks();
+  GeneratorStartUp();
+  install(0, {ev(0, 0xB0, 7, 90)});
+  SongPosition = 0;
+  TransportCommand(CMD_GENERATE);
+  ASSERT_EQ(Generating.load(), 1u);
+  passes(20);
+  const uint32_t start = clock->now;
+  TransportCommand(CMD_PLAY);
+  EXPECT_EQ(SongPosition.load(), start) << "play starts where the generator's clock stood";
+  passes(20);
+  loop.pump();
+  EXPECT_EQ(Playing.load(), 0u) << "the song ran out";
+  EXPECT_EQ(SongPosition.load(), start) << "the clock runs on for the generator and the position stays";
+  EXPECT_GT(clock->now.load(), start);
+  EXPECT_EQ(Generating.load(), 1u);
+  EXPECT_NE(clock->now.load(), 0u) << "Rewind did nothing";
+  GeneratorToggle();
+  for (int i = 0; i < 2000 && Draining == 1; ++i) passes(1);
+  loop.pump();
+}
+
+TEST_F(Transport, WithLinkOnPlayStartsTheGenerator) {
+  InstallGeneratorHooks();
+  GeneratorStartUp();
+  Linked = 1;
+  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  TransportCommand(CMD_PLAY);
+  EXPECT_EQ(Generating.load(), 1u);
+  loop.pump();
+  EXPECT_EQ(buttons[200].states, (std::vector<int>{1}));
+  TransportCommand(CMD_STOP);
+  GeneratorToggle();
+  for (int i = 0; i < 2000 && Draining == 1; ++i) passes(1);
+  loop.pump();
+}
+
+TEST_F(Transport, WithLinkOnAndTheGeneratorRunningPlayRestartsTheClockWithTheSong) {
+  InstallGeneratorHooks();
+  GeneratorStartUp();
+  Linked = 1;
+  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  TransportCommand(CMD_GENERATE);
+  passes(50);
+  const uint32_t now = clock->now;
+  TransportCommand(CMD_PLAY);
+  EXPECT_EQ(SongPosition.load(), now) << "play starts where the generator's clock stood";
+  EXPECT_EQ(Generating.load(), 1u) << "the generator goes on";
+  EXPECT_TRUE(buttons[200].states.empty()) << "the generator button is not pressed again";
+  EXPECT_EQ(Playing.load(), 1u);
+  TransportCommand(CMD_STOP);
+  GeneratorToggle();
+  for (int i = 0; i < 2000 && Draining == 1; ++i) passes(1);
+  loop.pump();
+}
+
+TEST_F(Transport, PlayRemembersTheEventsListsTopRowAndTheSeekPlacesItsCursor) {
+  install(0, {ev(0, 0x90, 60, 90), ev(100, 0x90, 60, 0), ev(200, 0xB0, 7, 1)});
+  MidiEvent* e = Tracks[0].events;
+  EventRows.reset(new EventRow[3]{{&e[0], 0}, {&e[1], 0}, {&e[2], 0}});
+  EventRowCount = 3;
+  RecordingList events;
+  events.top = 1;
+  EventsList = &events;
+  EventsOpen = 1;
+  SongPosition = 100;
+  TransportCommand(CMD_PLAY);
+  EXPECT_EQ(EventsListTop, 1u);
+  EXPECT_EQ(FeedCursorRow, 1u) << "the first row at or after the position";
+  EXPECT_EQ(events.current, 1);
+  TransportCommand(CMD_STOP);
+}
+
+TEST_F(Transport, TheFollowMovesTheCursorWithTheMusicAndTurnsTheListAPageAtATime) {
+  install(0, {ev(0, 0x90, 60, 90), ev(10, 0x90, 60, 0), ev(20, 0x90, 62, 90), ev(30, 0x90, 62, 0),
+              ev(40, 0x90, 64, 90), ev(50, 0x90, 64, 0)});
+  MidiEvent* e = Tracks[0].events;
+  EventRows.reset(new EventRow[6]);
+  for (int i = 0; i < 6; ++i) EventRows[i] = {&e[i], 0};
+  EventRowCount = 6;
+  RecordingList events;
+  EventsList = &events;
+  EventsOpen = 1;
+  EventsRowsInSight = 2;
+  FeedCursorRow = 0;
+  FeedShownRow = 0;
+  EventsListTop = 0;
+  EventFollowNotice(10);
+  EXPECT_EQ(FeedCursorRow, 2u);
+  EXPECT_EQ(events.current, 2);
+  EXPECT_EQ(events.top, 2) << "top 0 + 2 rows in sight reached row 2: the page turns";
+  EventFollowNotice(20);
+  EXPECT_EQ(FeedCursorRow, 3u);
+  EXPECT_EQ(events.top, 2) << "no row-by-row scrolling";
+  EventFollowNotice(1000);
+  EXPECT_EQ(FeedCursorRow, 6u);
+  EventFollowNotice(2000);
+  EXPECT_EQ(FeedShownRow, 6u) << "past the last row nothing moves";
+  EXPECT_EQ(clock->followEnabled.load(), 1u);
+}
+
+TEST_F(Transport, PlayedNotesPostTheFollowAtMostOncePerClockTick) {
+  install(0, {ev(7, 0x90, 60, 90), ev(7, 0x90, 64, 90), ev(240, 0x90, 60, 0), ev(240, 0x90, 64, 0)});
+  TransportCommand(CMD_PLAY);
+  int follows = 0;
+  for (int i = 0; i < 20; ++i) {  // 24 ticks at 60 beats a minute
+    timers.step();
+    for (const auto& m : loop.pending()) follows += m.msg == NM_EVENT_FOLLOW;
+    loop.pump();
+  }
+  EXPECT_EQ(follows, 1) << "two note-ons at one tick, one notification";
+  TransportCommand(CMD_STOP);
+}
+
+TEST_F(Transport, TheControlBarTakesItsMessagesThroughItsWindow) {
+  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  controlBar.handleMessage(WM_COMMAND, CMD_PLAY, 0);
+  EXPECT_EQ(Playing.load(), 1u);
+  controlBar.handleMessage(NM_SYNC_TICK, 0, 0);
+  EXPECT_FALSE(bar.counter.empty());
+  controlBar.handleMessage(WM_COMMAND, CMD_STOP, 0);
+  EXPECT_EQ(Playing.load(), 0u);
+}
+
+}  // namespace
