@@ -181,3 +181,76 @@ TEST(Render, ALogThatCannotBeWrittenIsAnError) {
 }
 
 }  // namespace
+
+namespace {
+
+std::string corpusFile(const char* name) { return std::string(VELMORA_TEST_DATA) + "/" + name; }
+
+TEST(RenderSong, PlaysTheSongToItsEndAndLogsEveryNote) {
+  RenderOptions options;
+  options.song = corpusFile("format1_two_tracks.mid");
+  options.log = temp("velmora-song.log");
+  std::string error;
+  ASSERT_TRUE(Render(options, error)) << error;
+  int noteOns = 0;
+  std::string last;
+  for (const std::string& line : lines(options.log)) {
+    std::istringstream words(line);
+    uint32_t pass = 0, now = 0;
+    std::string status, key, velocity;
+    words >> pass >> now >> status >> key >> velocity;
+    noteOns += (status == "90" || status == "91") && velocity != "00";
+    last = status;
+  }
+  EXPECT_EQ(noteOns, 12) << "8 notes in one track, 4 in the other";
+  EXPECT_EQ(last, "EF") << "the end of the song stopped the transport: benders centred";
+}
+
+TEST(RenderSong, SavesTheLoadedSongAndStopsAfterTheGivenSeconds) {
+  RenderOptions options;
+  options.song = corpusFile("format1_tempo_map.mid");
+  options.save = temp("velmora-saved.mid");
+  options.seconds = 0.5;
+  options.secondsGiven = true;
+  options.log = temp("velmora-short.log");
+  std::string error;
+  ASSERT_TRUE(Render(options, error)) << error;
+  EXPECT_GT(fs::file_size(options.save), 100u);
+  const auto log = lines(options.log);
+  ASSERT_FALSE(log.empty());
+  EXPECT_LE(std::stoul(log.back()), 52u) << "half a second is 50 passes of 10 ms";
+}
+
+TEST(RenderSong, SaysWhyASongCannotBeLoadedOrSaved) {
+  RenderOptions options;
+  std::string error;
+  options.song = corpusFile("foreign_not_midi.mid");
+  EXPECT_FALSE(Render(options, error));
+  EXPECT_EQ(error, "cannot load '" + options.song + "': Invalid file format");
+  options.song = temp("velmora-no-such-song.mid");
+  error.clear();
+  EXPECT_FALSE(Render(options, error));
+  EXPECT_EQ(error, "cannot read the MIDI file '" + options.song + "'");
+  options.song = corpusFile("format1_two_tracks.mid");
+  options.save = "/no/such/folder/out.mid";
+  error.clear();
+  EXPECT_FALSE(Render(options, error));
+  EXPECT_EQ(error, "cannot write the MIDI file '/no/such/folder/out.mid'");
+}
+
+TEST(RenderSong, RefusesGeneratorOptionsAndASaveWithoutASong) {
+  std::string error;
+  EXPECT_FALSE(ParseRenderArguments({"--song", "a.mid", "--seed", "3"}, error));
+  EXPECT_EQ(error,
+            "--song plays a MIDI file as it is and cannot go with --params, --seed, --tempo, --resolution or "
+            "--non-periodic");
+  EXPECT_FALSE(ParseRenderArguments({"--save", "b.mid"}, error));
+  EXPECT_EQ(error, "--save writes a loaded song and needs --song");
+  const auto options = ParseRenderArguments({"--song", "a.mid", "--save", "b.mid", "--seconds", "2"}, error);
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->song, "a.mid");
+  EXPECT_EQ(options->save, "b.mid");
+  EXPECT_TRUE(options->secondsGiven);
+}
+
+}  // namespace

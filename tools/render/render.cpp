@@ -19,7 +19,13 @@
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
 #include "platform/timers.h"
+#include "smf/smf.h"
+#include "song/song_files.h"
+#include "song/song_store.h"
 #include "transport/clock_placing.h"
+#include "transport/playback_feed.h"
+#include "transport/transport_commands.h"
+#include "transport/transport_state.h"
 #include "transport/song_tempo.h"
 #include "transport/transport_state.h"
 
@@ -28,7 +34,9 @@ using namespace platform;
 const char* RenderUsage =
     "usage: velmora-render [--params FILE.vlm] [--seed N] [--seconds S] [--tempo BPM]\n"
     "                      [--resolution TPQ] [--period MS] [--non-periodic]\n"
-    "                      [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n";
+    "                      [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n"
+    "       velmora-render --song FILE.mid [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n"
+    "                      [--save OUT.mid] [--seconds S]\n";
 
 namespace {
 
@@ -165,6 +173,80 @@ bool checkParameterFile(const std::string& path, std::string& error) {
   return true;
 }
 
+// Runs the clock while a condition holds, for at most some seconds: in real
+// time, or pass by pass on the virtual timer with the messages delivered.
+struct Runner {
+  bool realtime;
+  VirtualTimers& virtualTimers;
+  ManualLoop& manualLoop;
+
+  template <typename Condition>
+  void runWhile(Condition running, double seconds) {
+    if (realtime) {
+      const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+      while (running() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      return;
+    }
+    const uint64_t endMs = uint64_t{virtualTimers.timeMs()} + static_cast<uint64_t>(seconds * 1000);
+    while (running() && virtualTimers.timeMs() < endMs) {
+      virtualTimers.step();
+      manualLoop.pump();
+    }
+  }
+};
+
+// The generator button pressed for the given seconds, then the drain.
+void playGenerator(const RenderOptions& options, Runner& runner, QuietPrompts& prompts, std::string& error) {
+  if (!options.params.empty() && LoadParameterFile(nullptr, options.params) == 0) {
+    error = "cannot load '" + options.params + "': " + prompts.last;
+    return;
+  }
+  if (options.tempoBpm) SetSongTempo(static_cast<uint32_t>(60000000.0 / *options.tempoBpm));
+  if (options.resolution) {
+    SongResolution = *options.resolution;
+    SetResolution(TheClock, static_cast<int32_t>(*options.resolution));
+  }
+  if (options.seed) Seed = *options.seed;
+  if (options.nonPeriodic) FunctionsPeriodic = 0;
+  RefreshControlPanel(nullptr);
+  CommitPanelFromBank();
+
+  GeneratorToggle();
+  const auto running = [] { return Generating == 1 || Draining == 1; };
+  runner.runWhile(running, options.seconds);
+  if (Generating == 1) GeneratorToggle();  // a non-periodic run may have ended by itself
+  runner.runWhile(running, MaxDrainMs / 1000.0);
+  if (running()) {  // cut short: what still sounds is ended
+    Generating = 0;
+    Draining = 0;
+    StopSync(TheClock);
+  }
+}
+
+// A song loaded, saved if asked, and played until its end stops the transport.
+void playSong(const RenderOptions& options, Runner& runner, TransportWindow& controlBar, QuietPrompts& prompts,
+              std::string& error) {
+  if (!ReadWholeFile(options.song)) {
+    error = "cannot read the MIDI file '" + options.song + "'";
+    return;
+  }
+  LoadSong(options.song);
+  if (!prompts.last.empty()) {
+    error = "cannot load '" + options.song + "': " + prompts.last;
+    return;
+  }
+  if (!options.save.empty() && WriteSong(options.save) == 0) {
+    error = "cannot write the MIDI file '" + options.save + "'";
+    return;
+  }
+  // The transport's commands run on the loop's thread, as the Control Bar's do.
+  send(&controlBar, WM_COMMAND, CMD_PLAY, 0);
+  // Without --seconds the song plays to its end; a day is the most any run lasts.
+  runner.runWhile([] { return Playing == 1; }, options.secondsGiven ? options.seconds : 24 * 3600.0);
+  if (Playing == 1) send(&controlBar, WM_COMMAND, CMD_STOP, 0);
+}
+
 }  // namespace
 
 std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>& arguments, std::string& error) {
@@ -186,9 +268,13 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
       options.nonPeriodic = true;
     } else if (flag == "--realtime") {
       options.realtime = true;
-    } else if (flag == "--params" || flag == "--log" || flag == "--wav") {
+    } else if (flag == "--params" || flag == "--log" || flag == "--wav" || flag == "--song" || flag == "--save") {
       if (!value(text)) return std::nullopt;
-      (flag == "--params" ? options.params : flag == "--log" ? options.log : options.wav) = text;
+      (flag == "--params" ? options.params
+       : flag == "--log"  ? options.log
+       : flag == "--wav"  ? options.wav
+       : flag == "--song" ? options.song
+                          : options.save) = text;
     } else if (flag == "--seed") {
       if (!value(text)) return std::nullopt;
       if (!wholeNumber(text, whole) || whole < INT32_MIN || whole > INT32_MAX) {
@@ -203,6 +289,7 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
         return std::nullopt;
       }
       options.seconds = real;
+      options.secondsGiven = true;
     } else if (flag == "--tempo") {
       if (!value(text)) return std::nullopt;
       if (!number(text, real) || real < 1 || real > 1000) {
@@ -235,6 +322,16 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
       error = "unknown argument '" + flag + "' (try --help)";
       return std::nullopt;
     }
+  }
+  if (!options.song.empty() && (!options.params.empty() || options.seed || options.tempoBpm || options.resolution ||
+                                options.nonPeriodic)) {
+    error = "--song plays a MIDI file as it is and cannot go with --params, --seed, --tempo, --resolution or "
+            "--non-periodic";
+    return std::nullopt;
+  }
+  if (!options.save.empty() && options.song.empty()) {
+    error = "--save writes a loaded song and needs --song";
+    return std::nullopt;
   }
   if (options.realtime && !options.wav.empty()) {
     error = "--wav renders in virtual time and cannot go with --realtime";
@@ -296,70 +393,34 @@ bool Render(const RenderOptions& options, std::string& error) {
   ClockPassCount = 0;  // the log counts this run's passes
   ClockHooks = {};
   InstallGeneratorHooks();
-  OpenSync(&TheClock, nullptr, SYNC_INTERNAL, options.periodMs);
-  SetResolution(TheClock, 120);
-  SetSongTempo(1000000);  // 60 beats per minute
-  const uint32_t opened = OpenMidiOut(&TheMidiOut, nullptr, out, TheClock, MIDI_OPEN_WORD);
+  InstallFeedHooks();
+  TransportWindow controlBar;
+  ControlBarWindow = &controlBar;
+  OpenSync(&TheClock, &controlBar, SYNC_INTERNAL, options.periodMs);
+  const uint32_t opened = OpenMidiOut(&TheMidiOut, &controlBar, out, TheClock, MIDI_OPEN_WORD);
   if (opened != 0) {
     error = "cannot open output device " + std::to_string(out) + ": " + midiInGetErrorText(opened);
     CloseSync(&TheClock);
+    ControlBarWindow = nullptr;
     uninstall();
     return false;
   }
+  ResetSong();  // 120 ticks a quarter at 60 beats a minute
 
-  if (!options.params.empty() && LoadParameterFile(nullptr, options.params) == 0) {
-    error = "cannot load '" + options.params + "': " + prompts.last;
+  Runner runner{options.realtime, virtualTimers, manualLoop};
+  if (options.song.empty()) {
+    playGenerator(options, runner, prompts, error);
+  } else {
+    playSong(options, runner, controlBar, prompts, error);
   }
-  if (options.tempoBpm) SetSongTempo(static_cast<uint32_t>(60000000.0 / *options.tempoBpm));
-  if (options.resolution) {
-    SongResolution = *options.resolution;
-    SetResolution(TheClock, static_cast<int32_t>(*options.resolution));
-  }
-  if (options.seed) Seed = *options.seed;
-  if (options.nonPeriodic) FunctionsPeriodic = 0;
-  RefreshControlPanel(nullptr);
-  CommitPanelFromBank();
-
-  if (error.empty()) {
-    GeneratorToggle();
-    const auto running = [] { return Generating == 1 || Draining == 1; };
-    const auto buttonUp = [&] {
-      if (Generating == 1) GeneratorToggle();  // a non-periodic run may have ended by itself
-    };
-    if (options.realtime) {
-      const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(options.seconds);
-      while (running() && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-      buttonUp();
-      const auto cut = std::chrono::steady_clock::now() + std::chrono::milliseconds(MaxDrainMs);
-      while (running() && std::chrono::steady_clock::now() < cut)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    } else {
-      const auto endMs = static_cast<uint64_t>(options.seconds * 1000);
-      while (running() && virtualTimers.timeMs() < endMs) {
-        virtualTimers.step();
-        manualLoop.pump();
-      }
-      buttonUp();
-      const uint64_t cutMs = uint64_t{virtualTimers.timeMs()} + MaxDrainMs;
-      while (running() && virtualTimers.timeMs() < cutMs) {
-        virtualTimers.step();
-        manualLoop.pump();
-      }
-      virtualTimers.advance(1000);  // a second for the last notes to ring out
-    }
-    if (running()) {  // cut short: what still sounds is ended
-      Generating = 0;
-      Draining = 0;
-      StopSync(TheClock);
-    }
-  }
+  if (!options.realtime) virtualTimers.advance(1000);  // a second for the last notes to ring out
 
   if (synth && !synth->finishRender() && error.empty()) error = "cannot write the WAV file '" + options.wav + "'";
   CloseSync(&TheClock);
   CloseMidiOut(&TheMidiOut);
   if (threadedLoop) threadedLoop->stop();
   manualLoop.pump();
+  ControlBarWindow = nullptr;
   ClockHooks = {};
   uninstall();
   if (!log.close() && error.empty()) error = "cannot write the log '" + options.log + "'";

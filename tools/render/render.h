@@ -1,7 +1,7 @@
 #pragma once
-// A headless run of the generator: the real clock pass and the real generator,
-// on the virtual timer as fast as the machine goes, or in real time on a
-// device. What reaches the output can be logged, and rendered to WAV through
+// A headless run of the generator or of a song: the real clock pass, the real
+// generator, the real song loader and playback feed, on the virtual timer as
+// fast as the machine goes, or in real time on a device. What reaches the output can be logged, and rendered to WAV through
 // the built-in synthesizer.
 
 #include <cstdint>
@@ -13,6 +13,9 @@ struct RenderOptions {
   std::string params;                  // a parameter file to load, or none
   std::optional<int32_t> seed;         // overrides the set-up's Seed
   double seconds = 30;                 // how long the generator button stays pressed
+  bool secondsGiven = false;           // a song plays to its end unless --seconds is given
+  std::string song;                    // a MIDI file to play instead of the generator
+  std::string save;                    // where to write the loaded song, by Save as
   std::optional<double> tempoBpm;      // overrides the file's tempo; 60 without a file
   std::optional<uint32_t> resolution;  // overrides the file's; 120 without a file
   uint32_t periodMs = 10;
