@@ -34,6 +34,17 @@ class Transport : public SongBench {
     InstallFeedHooks();
     SongBench::TearDown();
   }
+  // The generator button released and its notes drained.
+  void endGenerator() {
+    GeneratorToggle();
+    for (int i = 0; i < 2000 && Draining == 1; ++i) passes(1);
+    loop.pump();
+  }
+  // The generator at its start-up state, installed in the clock's pass.
+  static void prepareGenerator() {
+    InstallGeneratorHooks();
+    GeneratorStartUp();
+  }
   std::map<uint32_t, Button> buttons;
 };
 
@@ -152,8 +163,7 @@ TEST_F(Transport, GoToEndSetsTheEventsListOnTheRowBeforeThePosition) {
 }
 
 TEST_F(Transport, TheEndOfASongWhileTheGeneratorRunsLeavesThePositionAndRewindIsLost) {
-  InstallGeneratorHooks();
-  GeneratorStartUp();
+  prepareGenerator();
   install(0, {ev(0, 0xB0, 7, 90)});
   SongPosition = 0;
   TransportCommand(CMD_GENERATE);
@@ -169,14 +179,11 @@ TEST_F(Transport, TheEndOfASongWhileTheGeneratorRunsLeavesThePositionAndRewindIs
   EXPECT_GT(clock->now.load(), start);
   EXPECT_EQ(Generating.load(), 1u);
   EXPECT_NE(clock->now.load(), 0u) << "Rewind did nothing";
-  GeneratorToggle();
-  for (int i = 0; i < 2000 && Draining == 1; ++i) passes(1);
-  loop.pump();
+  endGenerator();
 }
 
 TEST_F(Transport, WithLinkOnPlayStartsTheGenerator) {
-  InstallGeneratorHooks();
-  GeneratorStartUp();
+  prepareGenerator();
   Linked = 1;
   install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
   TransportCommand(CMD_PLAY);
@@ -184,14 +191,11 @@ TEST_F(Transport, WithLinkOnPlayStartsTheGenerator) {
   loop.pump();
   EXPECT_EQ(buttons[200].states, (std::vector<int>{1}));
   TransportCommand(CMD_STOP);
-  GeneratorToggle();
-  for (int i = 0; i < 2000 && Draining == 1; ++i) passes(1);
-  loop.pump();
+  endGenerator();
 }
 
 TEST_F(Transport, WithLinkOnAndTheGeneratorRunningPlayRestartsTheClockWithTheSong) {
-  InstallGeneratorHooks();
-  GeneratorStartUp();
+  prepareGenerator();
   Linked = 1;
   install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
   TransportCommand(CMD_GENERATE);
@@ -203,9 +207,7 @@ TEST_F(Transport, WithLinkOnAndTheGeneratorRunningPlayRestartsTheClockWithTheSon
   EXPECT_TRUE(buttons[200].states.empty()) << "the generator button is not pressed again";
   EXPECT_EQ(Playing.load(), 1u);
   TransportCommand(CMD_STOP);
-  GeneratorToggle();
-  for (int i = 0; i < 2000 && Draining == 1; ++i) passes(1);
-  loop.pump();
+  endGenerator();
 }
 
 TEST_F(Transport, PlayRemembersTheEventsListsTopRowAndTheSeekPlacesItsCursor) {
