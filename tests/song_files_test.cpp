@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 
@@ -374,6 +375,31 @@ TEST_F(SongFiles, ADivisionOf0ReadsTheSongAt120) {
   EXPECT_EQ(GetResolution(clock), 120u);
 }
 
+TEST_F(SongFiles, AnEmptyFirstTrackDoesNotReadTheTakeBuffersOldContentsAsATempo) {
+  TakeBuffer[0] = MidiEvent{0, 0, 0x04, 0x93, 0xE0, nullptr, 0, 0, 0, META_TEMPO};  // 300000 from an earlier load
+  writeBytes(path("bare.mid"), smfBytes(120, {EmptyTrack, {0, 0x90, 60, 64, 10, 0x80, 60, 0}}));
+  LoadSong(path("bare.mid"));
+  EXPECT_EQ(GetTempo(clock), 1000000u);
+}
+
+TEST_F(SongFiles, ATimeSignaturePowerPast31GivesADenominatorOf0AndTheWriterDividesNothing) {
+  const std::vector<uint8_t> tempoTrack = {0, 0xFF, 0x58, 4, 3, 40, 24, 8, 0, 0xFF, 0x2F, 0};
+  writeBytes(path("deep.mid"), smfBytes(120, {tempoTrack, {0, 0x90, 60, 64, 10, 0x80, 60, 0}}));
+  LoadSong(path("deep.mid"));
+  EXPECT_EQ(Numerator.load(), 3u);
+  EXPECT_EQ(Denominator.load(), 0u);
+  ASSERT_EQ(WriteSong(path("deep-saved.mid")), 1);
+  const std::vector<uint8_t> saved = bytesOf(path("deep-saved.mid"));
+  const std::vector<uint8_t> meter = {0xFF, 0x58, 4, 3, 0, 0, 8};  // power 0 and 0 clocks a beat
+  EXPECT_NE(std::search(saved.begin(), saved.end(), meter.begin(), meter.end()), saved.end());
+}
+
+TEST_F(SongFiles, ATrackWithoutAChannelSendsItsPanWithStatus0xFFWhenItsRowIsBuilt) {
+  Tracks[3].pan = 64;
+  BuildTrackRow(3);
+  EXPECT_EQ(sentWords(), (std::vector<uint32_t>{0xFF | 10u << 8 | 64u << 16}));
+}
+
 TEST_F(SongFiles, TrackNamesComeFromTheFile) {
   LoadSong(corpus("format1_track_names.mid"));
   EXPECT_EQ(TrackNames[0], "Piano");
@@ -513,6 +539,14 @@ TEST_F(SongFiles, TheTempoEntryWritesTheClockTheFieldAndTheFirstTempoEventOnly) 
   const MidiEvent& second = Tracks[TempoTrack].events[1];
   EXPECT_EQ(uint32_t{second.value1} << 16 | uint32_t{second.value2} << 8 | second.value3, 250000u)
       << "later tempo events stay in force";
+}
+
+TEST_F(SongFiles, ATempoEntryThatWouldGiveNoTempoIsIgnored) {
+  TempoFraction = 0;
+  TempoEntry(0);
+  TempoEntry(-5);
+  EXPECT_EQ(GetTempo(clock), 1000000u);
+  EXPECT_EQ(SongTempo(), 1000000u);
 }
 
 TEST_F(SongFiles, ATempoEventOfTheSongShowsInTheControlBarAndKeepsTheFraction) {

@@ -126,6 +126,13 @@ TEST_F(SongTest, WithTheViewsClosedTheSelectionStillNamesTheDeletedTrack) {
   SelectedTrackCount = 0;
 }
 
+TEST_F(SongTest, TheTempoTrackIsNeverTouched) {
+  TouchTrack(TempoTrack);
+  TouchTrack(255);
+  EXPECT_EQ(TouchedTracks[7], 1u << 31);
+  for (uint32_t word = 0; word < 7; ++word) EXPECT_EQ(TouchedTracks[word], 0u);
+}
+
 TEST_F(SongTest, ATrackRowShowsTheSettingsAndMarksTheSongChanged) {
   TrackRecord& t = Tracks[4];
   t.playOff = 1;

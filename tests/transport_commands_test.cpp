@@ -148,6 +148,13 @@ TEST_F(Transport, AfterADeletionGoToEndCountsOnlyTheFirstEventOfTheFirstListedTr
   EXPECT_EQ(SongPosition.load(), 700u) << "track 0 stands first: its first event, not its last, counts";
 }
 
+TEST_F(Transport, GoToEndInASongWithoutTracksGoesTo0) {
+  ClearSongTracks();
+  SongPosition = 90;
+  TransportCommand(CMD_GO_TO_END);
+  EXPECT_EQ(SongPosition.load(), 0u);
+}
+
 TEST_F(Transport, GoToEndSetsTheEventsListOnTheRowBeforeThePosition) {
   install(0, {ev(0, 0x90, 60, 90), ev(300, 0x90, 60, 0)});
   MidiEvent* e = Tracks[0].events;

@@ -20,7 +20,6 @@ SharedWord<uint32_t> PitchBoardMask = 31;
 
 namespace {
 
-uint32_t clockNow() { return TheClock != nullptr ? TheClock->now.load() : 0; }
 
 void play(uint8_t status, uint8_t data1, uint8_t data2) { MidiOutNow(TheMidiOut, status, data1, data2); }
 
@@ -134,7 +133,7 @@ int16_t DrawChannel() {
 }
 
 void GeneratorTick() {
-  Now = clockNow();
+  Now = ClockNow();
   endDueChords();
   stepFunctions();
   if (Now >= NextChordTick) drawChord();
@@ -142,7 +141,7 @@ void GeneratorTick() {
 }
 
 void GeneratorDrain() {
-  Now = clockNow();
+  Now = ClockNow();
   Draining = 0;
   for (SoundingChord& chord : SoundingRing) {
     const uint32_t off = chord.offTime;
@@ -155,9 +154,7 @@ void GeneratorDrain() {
   if (Recording == 1 || Playing == 1) return;
   platform::post(ControlBarControl(109), BUTTON_SET_STATE, 0, 0);
   if (TheMidiOut != nullptr) TheMidiOut->flags.fetch_and(~METRONOME_ON);
-  StopSync(TheClock);
-  SongPosition = clockNow();
-  platform::post(ControlBarWindow, NM_SYNC_TICK, 0, reinterpret_cast<uintptr_t>(TheClock));
+  StopClockAtNow();
   ResetMidiOut(TheMidiOut);
 }
 
@@ -166,7 +163,7 @@ void GeneratorReset() {
   FunctionIndex = 0;
   PitchWalk = FromNote.load();
   PitchBoardMask = 31;
-  Now = clockNow();
+  Now = ClockNow();
   NextStepTick = Now.load();
   NextChordTick = Now.load();
   tdseed(Seed);

@@ -5,19 +5,12 @@
 #include <new>
 #include <vector>
 
-#include "platform/prompts.h"
 
 namespace {
 
 // A key is taken as its low 7 bits: a damaged file's 0x80 and above cannot index past the tables.
 uint32_t keyOf(const MidiEvent& e) { return e.value1 & 0x7F; }
 uint32_t channelOf(const MidiEvent& e) { return e.status & 0x0F; }
-
-void outOfMemory() {
-  if (platform::Prompts* p = platform::prompts()) {
-    p->messageBox("Not enough memory. Close one or more applications and try again", "Velmora", platform::MB_ICONSTOP);
-  }
-}
 
 }  // namespace
 
@@ -94,7 +87,7 @@ void InstallTrack(uint32_t track, uint32_t n, MidiEvent* a) {
   // The new block is made before the old one goes, so that a failure leaves the track as it was.
   MidiEvent* block = AllocateEvents(list.length());
   if (block == nullptr) {
-    outOfMemory();
+    NotEnoughMemory();
     return;
   }
   TrackRecord& t = Tracks[track];
@@ -120,7 +113,7 @@ void MergeIntoTrack(MidiEvent* const* sources, uint32_t k, uint32_t* counts, uin
   try {
     out.reserve(total);
   } catch (const std::exception&) {
-    outOfMemory();
+    NotEnoughMemory();
     return;
   }
   std::vector<uint32_t> position(k, 0);

@@ -46,7 +46,6 @@ void resetTrackTables() {
       if ((TouchedTracks[word] >> bit & 1) == 0) continue;
       TouchedTracks[word] &= ~(1u << bit);
       const uint32_t track = word * 32 + bit;
-      if (track > SongTrackCount) continue;
       ResetTrackSettings(Tracks[track]);
       TrackRows[track].reset();
     }
@@ -65,18 +64,15 @@ void resetTrackTables() {
 void installOpeningTempo() {
   MidiEvent* block = AllocateEvents(1);
   if (block == nullptr) {
-    messageBox("Not enough memory. Close one or more applications and try again", "Velmora", MB_ICONSTOP);
+    NotEnoughMemory();
     return;
   }
-  const uint32_t tempo = GetTempo(TheClock);
-  block[0].value1 = static_cast<uint8_t>(tempo >> 16);
-  block[0].value2 = static_cast<uint8_t>(tempo >> 8);
-  block[0].value3 = static_cast<uint8_t>(tempo);
   block[0].link = block;
   Tracks[TempoTrack].events = block;
   Tracks[TempoTrack].count = 1;
   ActiveTracks[0] = TempoTrack;
   ActiveTrackCount = 1;
+  WriteTempoEvent();
 }
 
 // ---- loading ----
@@ -98,7 +94,7 @@ uint32_t splitFormatZero(EventList& others) {
 void takeOpeningTempo() {
   const MidiEvent& first = TakeBuffer[0];
   if (first.status != 0) return;
-  const uint32_t tempo = uint32_t{first.value1} << 16 | uint32_t{first.value2} << 8 | first.value3;
+  const uint32_t tempo = EventTempo(first);
   if (tempo == 0) return;  // a tempo of 0 would stop time and divide by zero: the opening tempo stays
   SetTempo(TheClock, tempo);
   ShowTempo(static_cast<double>(60000000 / tempo));
@@ -204,7 +200,7 @@ void loadOpenedFile(SmfFile* smf, uint32_t format) {
   uint32_t fileTracks = smf->trackCount;
   if (formatZero) {
     std::copy(channelEvents.events.begin(), channelEvents.events.end(), TakeBuffer.begin());
-    TakeCount = std::min(channelEvents.length(), TakeCapacity);
+    TakeCount = channelEvents.length();
     AbsoluteToDelta(TakeBuffer.data(), TakeCount);
     fileTracks = 2;
   }
@@ -238,8 +234,7 @@ void writeTimeSignature(SmfFile* smf) {
   const uint32_t denominator = Denominator;
   // Without a valid denominator there are no clocks per beat to divide into: 0 is written.
   const auto clocksPerBeat = static_cast<char>(denominator != 0 ? 96 / denominator : 0);
-  const char data[5] = {static_cast<char>(Numerator.load()), static_cast<char>(denominatorPower()), clocksPerBeat, 8,
-                        0};
+  const char data[4] = {static_cast<char>(Numerator.load()), static_cast<char>(denominatorPower()), clocksPerBeat, 8};
   WriteMetaEvent(smf, 0, META_TIME_SIGNATURE, data, 0);
 }
 
@@ -373,7 +368,7 @@ void LoadSong(const std::string& path) {
     SongReadHandle = nullptr;
   } else {
     loadOpenedFile(SongReadHandle, format);
-    post(ControlBarWindow, NM_SYNC_TICK, 0, reinterpret_cast<uintptr_t>(TheClock));
+    PostSyncTick();
   }
   RecordTrack = 0;
   SongDirty = 0;

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "midi/midi_out.h"
+#include "platform/prompts.h"
 #include "platform/view_registry.h"
 #include "transport/transport_state.h"
 
@@ -108,7 +109,14 @@ void ResetTrackSettings(TrackRecord& track) {
 }
 
 void TouchTrack(uint32_t track) {
-  if (track <= SongTrackCount) TouchedTracks[track / 32] |= 1u << (track % 32);
+  // Only song tracks have rows; the tempo track's number is past the set's 256 bits.
+  if (track < SongTrackCount) TouchedTracks[track / 32] |= 1u << (track % 32);
+}
+
+void NotEnoughMemory() {
+  if (platform::Prompts* p = platform::prompts()) {
+    p->messageBox("Not enough memory. Close one or more applications and try again", "Velmora", platform::MB_ICONSTOP);
+  }
 }
 
 MidiEvent* AllocateEvents(uint32_t count) { return new (std::nothrow) MidiEvent[count]{}; }

@@ -118,6 +118,8 @@ void BuildTrackRow(uint32_t track);
 // Takes a track's events, name and row away, puts the current track's
 // settings back to their defaults, and rebuilds ActiveTracks.
 void DeleteTrack(uint32_t track);
+// The one message for an exhausted heap in the song and its edits.
+void NotEnoughMemory();
 // An event array that does not move while it lives; null when none can be had.
 MidiEvent* AllocateEvents(uint32_t count);
 void FreeEvents(MidiEvent* events);

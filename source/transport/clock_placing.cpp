@@ -60,6 +60,16 @@ void StartClockAt(uint32_t p) {
   ReStartSync(clock);
 }
 
+uint32_t ClockNow() { return TheClock != nullptr ? TheClock->now.load() : 0; }
+
+void PostSyncTick() { platform::post(ControlBarWindow, NM_SYNC_TICK, 0, reinterpret_cast<uintptr_t>(TheClock)); }
+
+void StopClockAtNow() {
+  StopSync(TheClock);
+  SongPosition = ClockNow();
+  PostSyncTick();
+}
+
 void StartClockForGenerator() {
   const uint32_t p = SongPosition;
   PrepareMetronome(p);

@@ -19,3 +19,10 @@ void PrepareMetronome(uint32_t p);
 void StartClockAt(uint32_t p);
 // Starts the clock at SongPosition for the generator alone, the song unfed.
 void StartClockForGenerator();
+// Stops the clock, keeps where it stopped in SongPosition, and has the
+// Control Bar's counter drawn there.
+void StopClockAtNow();
+// The clock's time in ticks; 0 while there is no clock.
+uint32_t ClockNow();
+// Posts NM_SYNC_TICK to the Control Bar, which draws the counter or ends the song.
+void PostSyncTick();

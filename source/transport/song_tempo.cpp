@@ -34,10 +34,13 @@ void setTempoField(double beatsPerMinute) {
 
 }  // namespace
 
+uint32_t EventTempo(const MidiEvent& event) {
+  return uint32_t{event.value1} << 16 | uint32_t{event.value2} << 8 | event.value3;
+}
+
 uint32_t SongTempo() {
   const MidiEvent* e = firstTempoEvent();
-  if (e == nullptr) return GetTempo(TheClock);
-  return uint32_t{e->value1} << 16 | uint32_t{e->value2} << 8 | e->value3;
+  return e != nullptr ? EventTempo(*e) : GetTempo(TheClock);
 }
 
 void ShowTempo(double beatsPerMinute) {

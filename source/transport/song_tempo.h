@@ -6,9 +6,13 @@
 
 #include <cstdint>
 
+#include "midi/midi_event.h"
+
 // The part of the beats-per-minute value that the up-down control cannot hold.
 extern double TempoFraction;
 
+// The three tempo bytes of a meta event, high byte first.
+uint32_t EventTempo(const MidiEvent& event);
 // Microseconds per quarter note, from the tempo track's first event; the
 // clock's while the tempo track holds no event.
 uint32_t SongTempo();

@@ -20,11 +20,14 @@ void enable(uint32_t id, bool enabled) {
 
 void setButton(uint32_t id, uintptr_t down) { platform::post(ControlBarControl(id), BUTTON_SET_STATE, down, 0); }
 
-void postSyncTick() { platform::post(ControlBarWindow, NM_SYNC_TICK, 0, reinterpret_cast<uintptr_t>(TheClock)); }
-
-uint32_t clockNow() { return TheClock != nullptr ? TheClock->now.load() : 0; }
-
 bool eventsListOpen() { return EventsOpen == 1 && EventsList != nullptr; }
+
+// The Events list's top row and selection, when the list is open.
+void showEventsRow(int row) {
+  if (!eventsListOpen()) return;
+  EventsList->setTopIndex(row);
+  EventsList->setCurrent(row);
+}
 
 void highlightLyrics(uint32_t start, uint32_t end) {
   if (LyricsEdit != nullptr) LyricsEdit->setHighlight(start, end);
@@ -41,11 +44,7 @@ void stopPlaying() {
   enable(101, true);
   setButton(101, 0);
   // While the generator runs the clock runs on, and the position stays.
-  if (Generating != 1) {
-    StopSync(TheClock);
-    SongPosition = clockNow();
-    postSyncTick();
-  }
+  if (Generating != 1) StopClockAtNow();
   if (TheMidiOut != nullptr) TheMidiOut->flags.fetch_and(~METRONOME_ON);
   ResetMidiOut(TheMidiOut);
   Playing = 0;
@@ -72,7 +71,7 @@ void PlayCommand() {
   SyncClock* clock = TheClock;
   if (Generating == 1) {
     StopSync(clock);
-    SongPosition = clockNow();
+    SongPosition = ClockNow();
   }
   if (clock != nullptr) clock->followEnabled = 1;
   if (eventsListOpen()) EventsListTop = static_cast<uint32_t>(std::max(EventsList->topIndex(), 0));
@@ -99,14 +98,11 @@ void StopCommand() {
 
 void RewindCommand() {
   if (Generating == 1) return;
-  if (eventsListOpen()) {
-    EventsList->setTopIndex(0);
-    EventsList->setCurrent(0);
-  }
+  showEventsRow(0);
   if (Playing == 1 || Capturing == 1) TransportCommand(CMD_STOP);
   SongPosition = 0;
   PlaceClock(TheClock, 0);
-  postSyncTick();
+  PostSyncTick();
   highlightLyrics(0, 0);
 }
 
@@ -118,11 +114,7 @@ void GoToEndCommand() {
   PlaceClock(TheClock, end);
   if (ControlBar != nullptr) ControlBar->drawCounter(end);
   FeedCursorRow = FirstEventRowAt(end);
-  if (eventsListOpen()) {
-    const int row = static_cast<int>(FeedCursorRow) - 1;
-    EventsList->setTopIndex(row);
-    EventsList->setCurrent(row);
-  }
+  showEventsRow(static_cast<int>(FeedCursorRow) - 1);
   highlightLyrics(platform::LyricsEditView::NoSelection, platform::LyricsEditView::NoSelection);
 }
 
@@ -130,13 +122,10 @@ void SyncTickNotice() {
   if (TheMidiOut != nullptr && TheMidiOut->ringCount.load(std::memory_order_acquire) == 0 && Playing == 1) {
     TransportCommand(CMD_STOP);
     TransportCommand(CMD_REWIND);
-    if (eventsListOpen()) {
-      EventsList->setTopIndex(0);
-      EventsList->setCurrent(0);
-    }
+    showEventsRow(0);
     return;
   }
-  if (ControlBar != nullptr) ControlBar->drawCounter(clockNow());
+  if (ControlBar != nullptr) ControlBar->drawCounter(ClockNow());
 }
 
 void TransportCommand(uint32_t id) {
