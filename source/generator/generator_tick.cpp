@@ -4,6 +4,7 @@
 
 #include "generator/bank.h"
 #include "generator/functions.h"
+#include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
 #include "platform/view_registry.h"
@@ -20,13 +21,24 @@ SharedWord<uint32_t> PitchBoardMask = 31;
 
 namespace {
 
+// A message to send at once; value3 and the rest stay 0.
+MidiEvent message(uint8_t status, uint8_t data1, uint8_t data2) {
+  return MidiEvent{SEND_NOW, status, data1, data2, 0, nullptr, 0, 0, 0, 0};
+}
 
-void play(uint8_t status, uint8_t data1, uint8_t data2) { MidiOutNow(TheMidiOut, status, data1, data2); }
+void play(MidiEvent event) { MidiOut(TheMidiOut, &event); }
+
+// Plays a message, and while capturing also puts it into the take.
+void playAndCapture(uint8_t status, uint8_t data1, uint8_t data2) {
+  const MidiEvent event = message(status, data1, data2);
+  play(event);
+  if (Capturing == 1) CaptureGeneratorEvent(event);
+}
 
 void endChord(SoundingChord& chord) {
   for (int v = 0; v < chord.voiceCount; ++v) {
     const auto& voice = chord.voices[v];
-    play(static_cast<uint8_t>(0x90 | voice[0]), voice[1], 0);
+    playAndCapture(static_cast<uint8_t>(0x90 | voice[0]), voice[1], 0);
   }
   chord.offTime = 0;
 }
@@ -93,7 +105,7 @@ void drawChord() {
     voice[0] = static_cast<uint8_t>(channel);
     voice[1] = drawNote();
     voice[2] = static_cast<uint8_t>(DrawWeighted(bank.velocityWeights, VelocitySum, bank.velocityMin));
-    play(static_cast<uint8_t>(0x90 | channel), voice[1], static_cast<uint8_t>(voice[2] & VelocityMask));
+    playAndCapture(static_cast<uint8_t>(0x90 | channel), voice[1], static_cast<uint8_t>(voice[2] & VelocityMask));
   }
   WriteSlot = WriteSlot + 1 == RingSlots ? 0 : WriteSlot + 1;
 }
@@ -116,12 +128,20 @@ void playBoards() {
   if (index == LastBoardIndex) return;
   LastBoardIndex = index;
   const auto channel = static_cast<uint8_t>(ChordChannel.load() & 0x0F);
-  if ((flags & PitchBoardMask) != 0) play(0xE0 | channel, 0, curveValue(SelectedPitchBoard, index));
+  // Every board on is played; only the last message built goes into the take.
+  MidiEvent last = message(0, 0, 0);
+  auto board = [&last](uint8_t status, uint8_t data1, uint8_t data2) {
+    last = message(status, data1, data2);
+    play(last);
+  };
+  if ((flags & PitchBoardMask) != 0) board(0xE0 | channel, 0, curveValue(SelectedPitchBoard, index));
   static constexpr uint8_t Controllers[4] = {1, 2, 7, 10};
-  for (uint32_t board = 5; board <= 8; ++board) {
-    if ((flags >> board & 1) != 0) play(0xB0 | channel, Controllers[board - 5], curveValue(board, index));
+  for (uint32_t b = 5; b <= 8; ++b) {
+    if ((flags >> b & 1) != 0) board(0xB0 | channel, Controllers[b - 5], curveValue(b, index));
   }
-  if ((flags >> 9 & 1) != 0) play(0xD0 | channel, curveValue(9, index), 0);
+  if ((flags >> 9 & 1) != 0) board(0xD0 | channel, curveValue(9, index), 0);
+  // Bits that PitchBoardMask masks may leave no message built, and then nothing is taken.
+  if (Capturing == 1 && last.status != 0) CaptureGeneratorEvent(last);
 }
 
 }  // namespace
@@ -178,6 +198,18 @@ void GeneratorToggle() {
   if (Recording != 1 && Playing != 1) StartClockForGenerator();
   GeneratorReset();
   Generating.publish(1);  // the pass that sees it sees the reset too
+}
+
+void CaptureGeneratorEvent(MidiEvent event) {
+  SyncClock* clock = TheClock;
+  MidiInHandle* in = clock != nullptr ? clock->midiIn.load() : nullptr;
+  // Capturing with no input bound to the clock has no ring to go to: the message is not taken.
+  if (in == nullptr) return;
+  const uint32_t now = clock->now;
+  const uint32_t delta = now - in->lastEventTime;
+  in->lastEventTime = now;
+  WriteInputSlot(in, delta, PackedMessage(event));
+  platform::send(in->window, platform::MIM_DATA, 0, reinterpret_cast<uintptr_t>(in));
 }
 
 void GeneratorStartUp() {

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdint>
 
+#include "midi/midi_event.h"
 #include "platform/shared_word.h"
 
 inline constexpr int RingSlots = 120;
@@ -33,6 +34,10 @@ void GeneratorDrain();
 void GeneratorReset();
 // The generator button (command 200 of the Control Bar).
 void GeneratorToggle();
+// Puts a played message into the input ring of the clock's input, timed like
+// input, and sends MIM_DATA to the input's window, waiting until the UI thread
+// has taken it into the take. Timer thread, while Capturing.
+void CaptureGeneratorEvent(MidiEvent event);
 // The channel of a new chord, drawn over ChannelWeights.
 int16_t DrawChannel();
 // The generator's set-up as the program starts it, with the built-in default

@@ -32,19 +32,6 @@ SharedWord<uint32_t> syncTickDivider;
 constexpr uint32_t QuarterFrameLength[4] = {2133333, 2135467, 2560000, 2666667};
 constexpr uint32_t FramesPerSecond[4] = {30, 30, 25, 24};
 
-struct PassGuard {
-  PassGuard() {
-    ++passesOnThisThread;
-    passesRunning.fetch_add(1);
-  }
-  ~PassGuard() {
-    passesRunning.fetch_sub(1);
-    --passesOnThisThread;
-  }
-  PassGuard(const PassGuard&) = delete;
-  PassGuard& operator=(const PassGuard&) = delete;
-};
-
 // Flags publish: what the transport writes before it starts the clock is seen
 // by the pass that finds the clock counting.
 bool has(const SyncClock* clock, uint32_t flag) { return (clock->flags.load(std::memory_order_acquire) & flag) != 0; }
@@ -169,7 +156,7 @@ void endCountInIfDue(SyncClock* clock) {
     in->readIndex = 0;
     in->lastEventTime = 0;
   }
-  Capturing = 1;
+  Capturing.publish(1);  // the input sees the emptied ring with it
 }
 
 void dispatchMeta(MidiOutHandle* out, SyncClock* clock, const MidiEvent& event) {
@@ -447,15 +434,25 @@ void SetStartFrame(SyncClock* clock, uint32_t frame) {
 
 uint32_t GetStartFrame(SyncClock* clock) { return clock != nullptr ? clock->startFrame.load() : 0; }
 
+ClockPassGuard::ClockPassGuard() {
+  ++passesOnThisThread;
+  passesRunning.fetch_add(1);
+}
+
+ClockPassGuard::~ClockPassGuard() {
+  passesRunning.fetch_sub(1);
+  --passesOnThisThread;
+}
+
 void syncTimer(uint32_t, uint32_t, uintptr_t user, uintptr_t, uintptr_t) {
-  PassGuard guard;
+  ClockPassGuard guard;
   ClockPassCount.fetch_add(1, std::memory_order_relaxed);
   auto* clock = reinterpret_cast<SyncClock*>(user);
   if (!has(clock, SYNC_IN_TICK)) runTick(clock);  // otherwise this pass is lost
 }
 
 void SmpteStoppedTimer(uint32_t, uint32_t, uintptr_t user, uintptr_t, uintptr_t) {
-  PassGuard guard;
+  ClockPassGuard guard;
   auto* clock = reinterpret_cast<SyncClock*>(user);
   post(clock->window, NM_SMPTE_STOPPED, 0, asParam(clock));
   for (auto& nibble : clock->smpteNibbles) nibble = 255;
@@ -463,7 +460,8 @@ void SmpteStoppedTimer(uint32_t, uint32_t, uintptr_t user, uintptr_t, uintptr_t)
 }
 
 void SyncMidiClock(SyncClock* clock) {
-  PassGuard guard;
+  ClockPassGuard guard;
+  if (clock->held.load(std::memory_order_acquire) != 0) return;  // a set-up is being replaced
   setFlag(clock, SYNC_CLOCK_SEEN);
   clearFlag(clock, SYNC_WAIT_CLOCK);
   runTick(clock);
@@ -471,7 +469,8 @@ void SyncMidiClock(SyncClock* clock) {
 }
 
 void SyncQuarterFrame(SyncClock* clock, uint8_t data) {
-  PassGuard guard;
+  ClockPassGuard guard;
+  if (clock->held.load(std::memory_order_acquire) != 0) return;  // a set-up is being replaced
   timeKillEvent(clock->timerId);
   clock->timerId = timeSetEvent(clock->period, 100, SmpteStoppedTimer, asParam(clock), TIME_ONESHOT);
 
@@ -535,9 +534,12 @@ void WaitForClockPasses() {
 void HoldClockPasses(SyncClock* clock) {
   if (clock == nullptr) return;
   setFlag(clock, SYNC_IN_TICK);
+  clock->held.store(1, std::memory_order_release);
   WaitForClockPasses();
 }
 
 void ReleaseClockPasses(SyncClock* clock) {
-  if (clock != nullptr) clearFlag(clock, SYNC_IN_TICK);
+  if (clock == nullptr) return;
+  clock->held.store(0, std::memory_order_release);
+  clearFlag(clock, SYNC_IN_TICK);
 }

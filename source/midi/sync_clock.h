@@ -87,6 +87,9 @@ struct SyncClock {
   SharedWord<uint32_t> countInBars;
   SharedWord<uint32_t> startPosition;
   SharedWord<uint32_t> followEnabled;
+  // Beside the design's fields: set while the UI thread keeps every pass out
+  // (HoldClockPasses), honoured by the timer and by the input's entries alike.
+  std::atomic<uint32_t> held{0};
 };
 
 // The work of other parts that a pass runs, installed once at start-up: the
@@ -127,8 +130,20 @@ bool AttachClockOutput(SyncClock* clock, MidiOutHandle* out);
 void DetachClockOutput(SyncClock* clock, MidiOutHandle* out);
 void WaitForClockPasses();
 
+// Counts a stretch of timer or driver work as a pass, so that WaitForClockPasses
+// waits for it: the input's driver callback runs under one, since it reaches
+// the output and the clock that the UI thread may be closing.
+class ClockPassGuard {
+ public:
+  ClockPassGuard();
+  ~ClockPassGuard();
+  ClockPassGuard(const ClockPassGuard&) = delete;
+  ClockPassGuard& operator=(const ClockPassGuard&) = delete;
+};
+
 // Keeps the passes out while a whole set-up is replaced: sets SYNC_IN_TICK,
-// which the timer's passes honour, and waits for a pass under way. UI thread.
+// which the timer's passes honour, and the hold, which the input's MIDI clock
+// and quarter-frame entries honour too; then waits for a pass under way. UI thread.
 void HoldClockPasses(SyncClock* clock);
 void ReleaseClockPasses(SyncClock* clock);
 

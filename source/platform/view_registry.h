@@ -76,6 +76,8 @@ class FrameView {
   virtual void setTitle(const std::string& title) = 0;
   // Applies the gray rules to every command that the transport state governs.
   virtual void updateCommandStates() = 0;
+  // Sets or clears the check mark of a menu entry.
+  virtual void checkMenuItem(uint32_t id, bool checked) = 0;
 
  protected:
   ~FrameView() = default;

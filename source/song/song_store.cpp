@@ -21,7 +21,7 @@ std::array<std::unique_ptr<TrackRow>, SongTrackCount + 1> TrackRows;
 std::array<uint32_t, SongTrackCount> SelectedTracks{};
 int32_t SelectedTrackCount = 0;
 uint32_t SelectFrom = 0, SelectTo = 0;
-std::array<MidiEvent, TakeCapacity> TakeBuffer{};
+std::array<MidiEvent, TakeSlots> TakeBuffer{};
 uint32_t TakeCount = 0;
 std::unique_ptr<char[]> LyricText;
 std::string SongFilePath;

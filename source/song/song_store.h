@@ -68,8 +68,12 @@ extern int32_t SelectedTrackCount;
 extern uint32_t SelectFrom, SelectTo;  // the region's bounds in ticks
 
 // The take and the loader's staging area: one block from start to exit.
+// Recording stops taking at TakeCapacity events; the block has room beyond
+// it for what may still follow the last regular place: the note-on of a
+// doubled key, and one note-off per key at Stop.
 inline constexpr uint32_t TakeCapacity = 32768;
-extern std::array<MidiEvent, TakeCapacity> TakeBuffer;
+inline constexpr uint32_t TakeSlots = TakeCapacity + 1 + 128;
+extern std::array<MidiEvent, TakeSlots> TakeBuffer;
 extern uint32_t TakeCount;
 
 // The song's lyric text: null, or one block of LyricTextSize bytes that the

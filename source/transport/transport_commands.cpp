@@ -3,9 +3,14 @@
 #include <algorithm>
 
 #include "generator/generator_tick.h"
+#include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "platform/prompts.h"
 #include "platform/view_registry.h"
+#include "smf/smf.h"
+#include "song/recording.h"
+#include "song/song_files.h"
 #include "song/song_store.h"
 #include "transport/clock_placing.h"
 #include "transport/playback_feed.h"
@@ -39,16 +44,75 @@ void releasePedalsAndBenders() {
   for (uint8_t channel = 0; channel < 16; ++channel) MidiOutNow(TheMidiOut, 0xE0 | channel, 0, 64);
 }
 
+void checkMenu(uint32_t id, bool checked) {
+  if (FrameWindow != nullptr) FrameWindow->checkMenuItem(id, checked);
+}
+
+void setOutputFlag(uint32_t flag, bool on) {
+  if (TheMidiOut == nullptr) return;
+  if (on) {
+    TheMidiOut->flags.fetch_or(flag);
+  } else {
+    TheMidiOut->flags.fetch_and(~flag);
+  }
+}
+
+bool outputFlag(uint32_t flag) { return TheMidiOut != nullptr && (TheMidiOut->flags & flag) != 0; }
+
+// The clock stops where it is, unless the generator still runs on it: then
+// the clock runs on, and the position stays.
+void stopClockUnlessGenerating() {
+  if (Generating != 1) StopClockAtNow();
+}
+
 void stopPlaying() {
   enable(104, true);
   enable(101, true);
   setButton(101, 0);
-  // While the generator runs the clock runs on, and the position stays.
-  if (Generating != 1) StopClockAtNow();
-  if (TheMidiOut != nullptr) TheMidiOut->flags.fetch_and(~METRONOME_ON);
+  stopClockUnlessGenerating();
+  setOutputFlag(METRONOME_ON, false);
   ResetMidiOut(TheMidiOut);
   Playing = 0;
   releasePedalsAndBenders();
+}
+
+void stopRecording() {
+  enable(104, true);
+  enable(101, true);
+  platform::send(ControlBarControl(CMD_RECORD), BUTTON_SET_STATE, 0, 0);
+  stopClockUnlessGenerating();
+  setOutputFlag(METRONOME_ON, false);
+  Capturing = 0;
+  Recording = 0;
+  // What reached the ring before Stop belongs to this take, not to the next.
+  DrainInput(ControlBarWindow);
+  if (TakeCount == 0) return;
+  CloseTakeNotes();
+  ResetMidiOut(TheMidiOut);
+  releasePedalsAndBenders();
+  platform::Prompts* p = platform::prompts();
+  const int answer = p != nullptr ? p->messageBox("Keep take?", "Velmora", platform::MB_YESNO | platform::MB_ICONQUESTION)
+                                  : platform::IDNO;
+  if (answer == platform::IDYES) KeepTake();
+}
+
+// The Events list's top row, to come back to when the transport stops.
+void rememberEventsTop() {
+  if (eventsListOpen()) EventsListTop = static_cast<uint32_t>(std::max(EventsList->topIndex(), 0));
+}
+
+// A transport start with Link on presses the generator button too.
+void startLinkedGenerator() {
+  if (Generating != 1 && Linked == 1) {
+    setButton(CMD_GENERATE, 1);
+    TransportCommand(CMD_GENERATE);
+  }
+}
+
+void stopForGenerator() {
+  if (Generating != 1) return;
+  StopSync(TheClock);
+  SongPosition = ClockNow();
 }
 
 // The end of the song: the first event of the first listed track, or the
@@ -68,13 +132,9 @@ uint32_t songEnd() {
 }  // namespace
 
 void PlayCommand() {
-  SyncClock* clock = TheClock;
-  if (Generating == 1) {
-    StopSync(clock);
-    SongPosition = ClockNow();
-  }
-  if (clock != nullptr) clock->followEnabled = 1;
-  if (eventsListOpen()) EventsListTop = static_cast<uint32_t>(std::max(EventsList->topIndex(), 0));
+  stopForGenerator();
+  if (TheClock != nullptr) TheClock->followEnabled = 1;
+  rememberEventsTop();
   for (uint32_t id : {104u, 101u, 108u, 107u}) enable(id, false);
   const uint32_t p = SongPosition;
   PrepareMetronome(p);
@@ -82,18 +142,93 @@ void PlayCommand() {
   SendEvent(TheMidiOut);
   StartClockAt(p);
   Playing = 1;
-  if (Generating != 1 && Linked == 1) {
-    setButton(CMD_GENERATE, 1);
-    TransportCommand(CMD_GENERATE);
+  startLinkedGenerator();
+}
+
+void RecordCommand() {
+  stopForGenerator();
+  rememberEventsTop();
+  enable(108, false);
+  enable(107, false);
+  Recording = 1;
+  const uint32_t p = SongPosition;
+  SyncClock* clock = TheClock;
+  PlaceMetronome(clock, p);
+  const bool countIn = outputFlag(METRONOME_RECORD);
+  if (countIn && clock != nullptr) {
+    clock->beatCount = 0;
+    clock->flags.fetch_or(SYNC_COUNT_IN);
+    setOutputFlag(METRONOME_ON, true);
+    setButton(CMD_METRONOME, 1);
   }
+  CloseSMF(&SongReadHandle);
+  enable(101, false);
+  enable(104, false);
+  TakeCount = 0;
+  if (ActiveTrackCount != 0) {  // the song plays along with the take
+    SeekFeed(p);
+    SendEvent(TheMidiOut);
+  }
+  StartClockAt(p);
+  // With a count-in the clock starts capturing when the count-in ends.
+  if (!countIn) Capturing.publish(1);
+  startLinkedGenerator();
 }
 
 void StopCommand() {
-  setButton(109, 0);
+  setButton(CMD_METRONOME, 0);
   enable(108, true);
   enable(107, true);
-  if (Playing == 1) stopPlaying();
+  if (Playing == 1) {
+    stopPlaying();
+  } else if (Recording == 1) {
+    stopRecording();
+  }
   highlightLyrics(platform::LyricsEditView::NoSelection, 0);
+}
+
+void ClockSourceCommand(uint32_t id) {
+  const bool midiSync = id == CMD_MIDI_SYNC || id == CMD_MENU_MIDI_SYNC;
+  const uint32_t chosen = midiSync ? CMD_MIDI_SYNC : CMD_INTERNAL_CLOCK;
+  const uint32_t other = midiSync ? CMD_INTERNAL_CLOCK : CMD_MIDI_SYNC;
+  enable(other, true);
+  enable(chosen, false);
+  setButton(other, 0);
+  // The menu's entries also press the chosen button, which the button itself is.
+  if (id == CMD_MENU_INTERNAL_CLOCK || id == CMD_MENU_MIDI_SYNC) setButton(chosen, 1);
+  OpenSync(&TheClock, ControlBarWindow, midiSync ? SYNC_MIDI : SYNC_INTERNAL, SYNC_KEEP);
+  const uint32_t filter = GetMidiInFilters(TheMidiIn);
+  SetMidiInFilters(TheMidiIn, midiSync ? filter & ~FILTER_MIDI_SYNC : filter | FILTER_MIDI_SYNC);
+  checkMenu(CMD_MENU_INTERNAL_CLOCK, !midiSync);
+  checkMenu(CMD_MENU_MIDI_SYNC, midiSync);
+}
+
+void MetronomeCommand() {
+  if (!outputFlag(METRONOME_ON)) {
+    setOutputFlag(METRONOME_ON, true);
+    return;
+  }
+  setOutputFlag(METRONOME_ON, false);
+  if (TheClock == nullptr || TheMidiOut == nullptr) return;
+  // Both clicks end at once, without a note in the table of sounding notes.
+  platform::midiOutShortMsg(TheMidiOut->device, TheClock->firstBeatMsg & 0xFFFF);
+  platform::midiOutShortMsg(TheMidiOut->device, TheClock->otherBeatsMsg & 0xFFFF);
+}
+
+void MidiThruCommand() {
+  if (TheMidiIn == nullptr) return;
+  const bool on = (TheMidiIn->flags.fetch_xor(MIDI_THRU) & MIDI_THRU) == 0;
+  checkMenu(CMD_MIDI_THRU, on);
+}
+
+void LinkCommand() {
+  Linked = Linked == 1 ? 0 : 1;
+  checkMenu(CMD_MENU_LINK, Linked == 1);
+}
+
+void PanicCommand() {
+  platform::WaitCursor wait;
+  ResetNotesAndControllers(TheMidiOut);
 }
 
 void RewindCommand() {
@@ -134,7 +269,17 @@ void TransportCommand(uint32_t id) {
     case CMD_PLAY: PlayCommand(); break;
     case CMD_REWIND: RewindCommand(); break;
     case CMD_GO_TO_END: GoToEndCommand(); break;
+    case CMD_RECORD: RecordCommand(); break;
     case CMD_GENERATE: GeneratorToggle(); break;
+    case CMD_QUANTIZE_RECORD: QuantizeRecord = QuantizeRecord != 0 ? 0 : 1; return;
+    case CMD_PANIC: PanicCommand(); return;
+    case CMD_MIDI_SYNC:
+    case CMD_INTERNAL_CLOCK:
+    case CMD_MENU_INTERNAL_CLOCK:
+    case CMD_MENU_MIDI_SYNC: ClockSourceCommand(id); return;
+    case CMD_METRONOME: MetronomeCommand(); return;
+    case CMD_LINK: LinkCommand(); return;
+    case CMD_MIDI_THRU: MidiThruCommand(); return;
     default: return;
   }
   UpdateCommandStates();
@@ -146,6 +291,7 @@ intptr_t ControlBarMessage(uint32_t msg, uintptr_t param1, uintptr_t param2) {
     case NM_SYNC_TICK: SyncTickNotice(); break;
     case NM_SONG_META: SongMetaNotice(static_cast<uint32_t>(param1), param2); break;
     case NM_EVENT_FOLLOW: EventFollowNotice(static_cast<uint32_t>(param2)); break;
+    case platform::MIM_DATA: DrainInput(ControlBarWindow); break;
     default: break;
   }
   return 0;

@@ -1,26 +1,36 @@
 #pragma once
 // The transport as the Control Bar runs it, without the window: the commands
-// Play, Stop, Rewind, Go to end and the generator button, the end of the
-// song, and the notifications of the clock and the output. Buttons and fields
-// are reached through the view registry. UI thread only.
+// Play, Record, Stop, Rewind, Go to end, the generator button, the clock
+// source, the metronome, Link, Panic, quantize on record and MIDI thru; the
+// end of the song; and the notifications of the clock, the output and the
+// input. Buttons and fields are reached through the view registry. UI thread only.
 
 #include <cstdint>
 
 #include "platform/message_loop.h"
+#include "transport/transport_state.h"
 
-inline constexpr uint32_t WM_COMMAND = 0x0111;  // param1's low word is the command's id
-
-inline constexpr uint32_t CMD_STOP = 100;
-inline constexpr uint32_t CMD_PLAY = 101;
-inline constexpr uint32_t CMD_REWIND = 102;
-inline constexpr uint32_t CMD_GO_TO_END = 103;
-inline constexpr uint32_t CMD_GENERATE = 200;
 
 // Runs a transport command, then brings the frame's commands up to date.
 void TransportCommand(uint32_t id);
 
 void PlayCommand();
+// Record (104): the take starts at SongPosition, after a count-in when the
+// metronome sounds for recording.
+void RecordCommand();
+// Stop (100): ends play, or ends a take and asks "Keep take?".
 void StopCommand();
+// The clock source: 107 and 1601 follow MIDI sync, 108 and 1600 the
+// internal clock. The menu's entries also press the chosen button.
+void ClockSourceCommand(uint32_t id);
+// The metronome button (109): on, or off with both clicks ended.
+void MetronomeCommand();
+// MIDI thru (1555): the input echoes to the output, or stops echoing.
+void MidiThruCommand();
+// Link (110): Play and Record start the generator too.
+void LinkCommand();
+// Panic (106): every note and the common controllers back to rest.
+void PanicCommand();
 void RewindCommand();
 void GoToEndCommand();
 // NM_SYNC_TICK: the song has run out when the output's ring is empty while
@@ -28,7 +38,7 @@ void GoToEndCommand();
 void SyncTickNotice();
 
 // The Control Bar's messages: WM_COMMAND, NM_SYNC_TICK, NM_SONG_META,
-// NM_EVENT_FOLLOW. Returns 0.
+// NM_EVENT_FOLLOW and the input's MIM_DATA. Returns 0.
 intptr_t ControlBarMessage(uint32_t msg, uintptr_t param1, uintptr_t param2);
 
 // A Control Bar without a window, for headless programs and tests.

@@ -37,6 +37,26 @@ void SetControlBarControl(uint32_t id, platform::MessageTarget* control);
 
 inline constexpr uint32_t BUTTON_SET_STATE = 1324;
 
+// The Control Bar's commands, which others send or post to it by message.
+inline constexpr uint32_t WM_COMMAND = 0x0111;  // param1's low word is the command's id
+inline constexpr uint32_t CMD_STOP = 100;
+inline constexpr uint32_t CMD_PLAY = 101;
+inline constexpr uint32_t CMD_REWIND = 102;
+inline constexpr uint32_t CMD_GO_TO_END = 103;
+inline constexpr uint32_t CMD_RECORD = 104;
+inline constexpr uint32_t CMD_QUANTIZE_RECORD = 105;
+inline constexpr uint32_t CMD_PANIC = 106;
+inline constexpr uint32_t CMD_MIDI_SYNC = 107;
+inline constexpr uint32_t CMD_INTERNAL_CLOCK = 108;
+inline constexpr uint32_t CMD_METRONOME = 109;
+inline constexpr uint32_t CMD_LINK = 110;
+inline constexpr uint32_t CMD_GENERATE = 200;
+// The frame's menu commands that the transport answers.
+inline constexpr uint32_t CMD_MIDI_THRU = 1555;
+inline constexpr uint32_t CMD_MENU_INTERNAL_CLOCK = 1600;
+inline constexpr uint32_t CMD_MENU_MIDI_SYNC = 1601;
+inline constexpr uint32_t CMD_MENU_LINK = 1618;
+
 // The folders each kind of file dialog opens in; each takes the folder of
 // the last file of its kind. UI thread only.
 extern std::string MidiFilesDir, VelmoraFilesDir, DistributionFilesDir, FunctionFilesDir;

@@ -27,8 +27,10 @@ class RecordingFrame final : public platform::FrameView {
  public:
   void setTitle(const std::string& text) override { title = text; }
   void updateCommandStates() override { ++updates; }
+  void checkMenuItem(uint32_t id, bool on) override { checked[id] = on; }
   std::string title;
   int updates = 0;
+  std::map<uint32_t, bool> checked;
 };
 
 class RecordingList final : public platform::ListView {
