@@ -12,16 +12,6 @@ MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
   return MidiEvent{time, status, v1, v2, 0, nullptr, 0, 0, 0, 0};
 }
 
-// A button that keeps the states it was set to.
-class Button final : public platform::MessageTarget {
- public:
-  intptr_t handleMessage(uint32_t msg, uintptr_t param1, uintptr_t) override {
-    if (msg == BUTTON_SET_STATE) states.push_back(static_cast<int>(param1));
-    return 0;
-  }
-  std::vector<int> states;
-};
-
 class Transport : public SongBench {
  protected:
   void SetUp() override {
@@ -45,7 +35,7 @@ class Transport : public SongBench {
     InstallGeneratorHooks();
     GeneratorStartUp();
   }
-  std::map<uint32_t, Button> buttons;
+  std::map<uint32_t, RecordingButton> buttons;
 };
 
 TEST_F(Transport, PlayOnASongOfOnlyTheTempoEventStopsByItselfAtTheFirstSyncTickAndRewinds) {

@@ -8,7 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "platform/message_loop.h"
 #include "platform/view_registry.h"
+#include "transport/transport_state.h"
 
 class RecordingControlBar final : public platform::ControlBarView {
  public:
@@ -67,4 +69,14 @@ class RecordingLyrics final : public platform::LyricsEditView {
   void setHighlight(uint32_t start, uint32_t end) override { highlights.emplace_back(start, end); }
   std::string text = "old text";
   std::vector<std::pair<uint32_t, uint32_t>> highlights;
+};
+
+// A Control Bar button that keeps the states it was set to.
+class RecordingButton final : public platform::MessageTarget {
+ public:
+  intptr_t handleMessage(uint32_t msg, uintptr_t param1, uintptr_t) override {
+    if (msg == BUTTON_SET_STATE) states.push_back(static_cast<int>(param1));
+    return 0;
+  }
+  std::vector<int> states;
 };
