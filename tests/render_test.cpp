@@ -2,12 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <tuple>
 
+#include "midi/midi_event.h"
+#include "smf/smf.h"
 #include "trandom.h"
 
 namespace {
@@ -251,6 +255,104 @@ TEST(RenderSong, RefusesGeneratorOptionsAndASaveWithoutASong) {
   EXPECT_EQ(options->song, "a.mid");
   EXPECT_EQ(options->save, "b.mid");
   EXPECT_TRUE(options->secondsGiven);
+}
+
+}  // namespace
+
+namespace {
+
+struct Strike {
+  uint32_t tick;
+  std::string message;
+  bool operator<(const Strike& other) const { return std::tie(tick, message) < std::tie(other.tick, other.message); }
+  bool operator==(const Strike&) const = default;
+};
+
+// The note-ons with a velocity in a log, at the clock's tick.
+std::vector<Strike> loggedStrikes(const std::string& path) {
+  std::vector<Strike> strikes;
+  for (const std::string& line : lines(path)) {
+    std::istringstream words(line);
+    uint32_t pass = 0, now = 0;
+    std::string status, key, velocity;
+    words >> pass >> now >> status >> key >> velocity;
+    if (status.size() == 2 && status[0] == '9' && velocity != "00") strikes.push_back({now, status + " " + key + " " + velocity});
+  }
+  std::sort(strikes.begin(), strikes.end());
+  return strikes;
+}
+
+// The note-ons with a velocity in the second track of a MIDI file.
+std::vector<Strike> fileStrikes(const std::string& path) {
+  SmfFile* smf = nullptr;
+  uint32_t format = 0;
+  std::vector<Strike> strikes;
+  if (OpenSMF(&smf, path.c_str(), &format, 'r') == SMF_FAILED) return strikes;
+  std::vector<MidiEvent> events(40000);
+  const uint32_t n = ReadSMF(smf, 1, events.data(), static_cast<uint32_t>(events.size()));
+  uint32_t tick = 0;
+  for (uint32_t i = 0; n != SMF_FAILED && i < n; ++i) {
+    tick += events[i].time;
+    if ((events[i].status & 0xF0) == 0x90 && events[i].value2 != 0) {
+      strikes.push_back({tick, hex(events[i].status) + " " + hex(events[i].value1) + " " + hex(events[i].value2)});
+    }
+  }
+  CloseSMF(&smf);
+  std::sort(strikes.begin(), strikes.end());
+  return strikes;
+}
+
+TEST(RenderTake, TheGeneratorsTakeKeptAndSavedHoldsTheLoggedNotesAtTheLoggedTicks) {
+  RenderOptions options;
+  options.seconds = 20;
+  options.seed = 11;
+  options.log = temp("velmora-take.log");
+  options.midi = temp("velmora-take.mid");
+  std::string error;
+  ASSERT_TRUE(Render(options, error)) << error;
+  const auto logged = loggedStrikes(options.log);
+  const auto saved = fileStrikes(options.midi);
+  ASSERT_GT(logged.size(), 20u);
+  EXPECT_EQ(saved, logged);
+}
+
+TEST(RenderTake, RecordingArgumentsThatDoNotFitAreOneClearLine) {
+  std::string error;
+  EXPECT_FALSE(ParseRenderArguments({"--record", "0"}, error));
+  EXPECT_EQ(error, "--record takes down an input and needs --midi OUT.mid to write it to");
+  EXPECT_FALSE(ParseRenderArguments({"--record", "x", "--midi", "a.mid"}, error));
+  EXPECT_EQ(error, "--record takes an input device number (see velmora-devices), not 'x'");
+  EXPECT_FALSE(ParseRenderArguments({"--midi-sync"}, error));
+  EXPECT_EQ(error, "--midi-sync follows an input's MIDI clock and needs --record");
+  EXPECT_FALSE(ParseRenderArguments({"--song", "a.mid", "--midi", "b.mid"}, error));
+  EXPECT_EQ(error, "--midi records the generator or an input, not a song (use --save to write a song)");
+  EXPECT_FALSE(ParseRenderArguments({"--record", "1", "--midi", "b.mid", "--wav", "c.wav"}, error));
+  const auto fine = ParseRenderArguments({"--record", "1", "--midi", "b.mid", "--midi-sync"}, error);
+  ASSERT_TRUE(fine);
+  EXPECT_TRUE(fine->realtime) << "an input device plays in real time";
+  EXPECT_EQ(fine->record, 1u);
+}
+
+TEST(RenderTake, AnInputThatCannotBeOpenedIsAnErrorAndNoFileIsWritten) {
+  RenderOptions options;
+  options.record = 999;
+  options.realtime = true;
+  options.seconds = 0.1;
+  options.midi = temp("velmora-no-input.mid");
+  fs::remove(options.midi);
+  std::string error;
+  EXPECT_FALSE(Render(options, error));
+  EXPECT_EQ(error.rfind("cannot open input device 999: ", 0), 0u) << error;
+  EXPECT_FALSE(fs::exists(options.midi));
+}
+
+TEST(RenderTake, ATakeThatCannotBeWrittenIsAnError) {
+  RenderOptions options;
+  options.seconds = 1;
+  options.midi = temp("no-such-folder-for-velmora/take.mid");
+  std::string error;
+  EXPECT_FALSE(Render(options, error));
+  EXPECT_EQ(error, "cannot write the MIDI file '" + options.midi + "'");
 }
 
 }  // namespace

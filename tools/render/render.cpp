@@ -14,6 +14,7 @@
 #include "generator/setup_files.h"
 #include "midi/backends/device_list.h"
 #include "midi/midi_event.h"
+#include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
 #include "platform/message_loop.h"
@@ -25,7 +26,6 @@
 #include "transport/clock_placing.h"
 #include "transport/playback_feed.h"
 #include "transport/transport_commands.h"
-#include "transport/transport_state.h"
 #include "transport/song_tempo.h"
 #include "transport/transport_state.h"
 
@@ -35,8 +35,10 @@ const char* RenderUsage =
     "usage: velmora-render [--params FILE.vlm] [--seed N] [--seconds S] [--tempo BPM]\n"
     "                      [--resolution TPQ] [--period MS] [--non-periodic]\n"
     "                      [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n"
+    "                      [--midi OUT.mid]\n"
     "       velmora-render --song FILE.mid [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n"
-    "                      [--save OUT.mid] [--seconds S]\n";
+    "                      [--save OUT.mid] [--seconds S]\n"
+    "       velmora-render --record N --midi OUT.mid [--seconds S] [--midi-sync] [--out N] [--log FILE|-]\n";
 
 namespace {
 
@@ -122,10 +124,12 @@ class LoggedDevices final : public MidiDevices {
   Log& log_;
 };
 
-// Messages the set-up code would show in a box: a headless run keeps the last.
+// Messages the set-up code would show in a box: a headless run keeps the last,
+// and answers No to every question but "Keep take?", which it answers Yes.
 class QuietPrompts final : public Prompts {
  public:
   int messageBox(const std::string& text, const std::string&, uint32_t style) override {
+    if (text == "Keep take?") return IDYES;
     last = text;
     return (style & 0xF) == MB_YESNO || (style & 0xF) == MB_YESNOCANCEL ? IDNO : IDOK;
   }
@@ -197,7 +201,8 @@ struct Runner {
 };
 
 // The generator button pressed for the given seconds, then the drain.
-void playGenerator(const RenderOptions& options, Runner& runner, QuietPrompts& prompts, std::string& error) {
+void playGenerator(const RenderOptions& options, Runner& runner, TransportWindow& controlBar, QuietPrompts& prompts,
+                   std::string& error) {
   if (!options.params.empty() && LoadParameterFile(nullptr, options.params) == 0) {
     error = "cannot load '" + options.params + "': " + prompts.last;
     return;
@@ -212,16 +217,41 @@ void playGenerator(const RenderOptions& options, Runner& runner, QuietPrompts& p
   RefreshControlPanel(nullptr);
   CommitPanelFromBank();
 
-  GeneratorToggle();
+  // A recorded run starts with Record, and the generator joins the take.
+  if (!options.midi.empty()) send(&controlBar, WM_COMMAND, CMD_RECORD, 0);
+  send(&controlBar, WM_COMMAND, CMD_GENERATE, 0);
   const auto running = [] { return Generating == 1 || Draining == 1; };
   runner.runWhile(running, options.seconds);
-  if (Generating == 1) GeneratorToggle();  // a non-periodic run may have ended by itself
+  // A non-periodic run may have ended by itself.
+  if (Generating == 1) send(&controlBar, WM_COMMAND, CMD_GENERATE, 0);
   runner.runWhile(running, MaxDrainMs / 1000.0);
   if (running()) {  // cut short: what still sounds is ended
     Generating = 0;
     Draining = 0;
     StopSync(TheClock);
   }
+  if (!options.midi.empty()) send(&controlBar, WM_COMMAND, CMD_STOP, 0);  // "Keep take?" is answered Yes
+}
+
+// What an input device plays, recorded for the given seconds in real time.
+void recordInput(const RenderOptions& options, Runner& runner, TransportWindow& controlBar) {
+  if (options.midiSync) send(&controlBar, WM_COMMAND, CMD_MIDI_SYNC, 0);
+  send(&controlBar, WM_COMMAND, CMD_RECORD, 0);
+  runner.runWhile([] { return Recording == 1; }, options.seconds);
+  if (Recording == 1) send(&controlBar, WM_COMMAND, CMD_STOP, 0);  // "Keep take?" is answered Yes
+}
+
+// The input that a recorded run takes down: the device asked for, or input 0,
+// which nothing plays into here, for the generator's notes alone.
+uint32_t openInput(const RenderOptions& options, TransportWindow& controlBar, std::string& error) {
+  const uint32_t device = options.record.value_or(0);
+  const uint32_t opened = OpenMidiIn(&TheMidiIn, &controlBar, device, TheClock, MIDI_OPEN_WORD);
+  if (opened != 0) {
+    error = "cannot open input device " + std::to_string(device) + ": " + midiInGetErrorText(opened);
+    return opened;
+  }
+  StartMidiIn(TheMidiIn);
+  return 0;
 }
 
 // A song loaded, saved if asked, and played until its end stops the transport.
@@ -247,6 +277,17 @@ void playSong(const RenderOptions& options, Runner& runner, TransportWindow& con
   if (Playing == 1) send(&controlBar, WM_COMMAND, CMD_STOP, 0);
 }
 
+void run(const RenderOptions& options, Runner& runner, TransportWindow& controlBar, QuietPrompts& prompts,
+         std::string& error) {
+  if (options.record) {
+    recordInput(options, runner, controlBar);
+  } else if (options.song.empty()) {
+    playGenerator(options, runner, controlBar, prompts, error);
+  } else {
+    playSong(options, runner, controlBar, prompts, error);
+  }
+}
+
 }  // namespace
 
 std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>& arguments, std::string& error) {
@@ -268,12 +309,16 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
       options.nonPeriodic = true;
     } else if (flag == "--realtime") {
       options.realtime = true;
-    } else if (flag == "--params" || flag == "--log" || flag == "--wav" || flag == "--song" || flag == "--save") {
+    } else if (flag == "--midi-sync") {
+      options.midiSync = true;
+    } else if (flag == "--params" || flag == "--log" || flag == "--wav" || flag == "--song" || flag == "--save" ||
+               flag == "--midi") {
       if (!value(text)) return std::nullopt;
       (flag == "--params" ? options.params
        : flag == "--log"  ? options.log
        : flag == "--wav"  ? options.wav
        : flag == "--song" ? options.song
+       : flag == "--midi" ? options.midi
                           : options.save) = text;
     } else if (flag == "--seed") {
       if (!value(text)) return std::nullopt;
@@ -311,13 +356,15 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
         return std::nullopt;
       }
       options.periodMs = static_cast<uint32_t>(whole);
-    } else if (flag == "--out") {
+    } else if (flag == "--out" || flag == "--record") {
       if (!value(text)) return std::nullopt;
+      const bool out = flag == "--out";
       if (!wholeNumber(text, whole) || whole < 0 || whole > 0xFFFF) {
-        error = "--out takes an output device number (see velmora-devices), not '" + text + "'";
+        error = flag + " takes " + (out ? "an output" : "an input") + " device number (see velmora-devices), not '" +
+                text + "'";
         return std::nullopt;
       }
-      options.out = static_cast<uint32_t>(whole);
+      (out ? options.out : options.record.emplace()) = static_cast<uint32_t>(whole);
     } else {
       error = "unknown argument '" + flag + "' (try --help)";
       return std::nullopt;
@@ -331,6 +378,25 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
   }
   if (!options.save.empty() && options.song.empty()) {
     error = "--save writes a loaded song and needs --song";
+    return std::nullopt;
+  }
+  if (options.record) {
+    if (options.midi.empty()) {
+      error = "--record takes down an input and needs --midi OUT.mid to write it to";
+      return std::nullopt;
+    }
+    if (!options.song.empty() || !options.wav.empty() || !options.params.empty()) {
+      error = "--record takes down an input in real time and cannot go with --song, --wav or --params";
+      return std::nullopt;
+    }
+    options.realtime = true;  // a device plays in real time
+  }
+  if (options.midiSync && !options.record) {
+    error = "--midi-sync follows an input's MIDI clock and needs --record";
+    return std::nullopt;
+  }
+  if (!options.midi.empty() && !options.song.empty()) {
+    error = "--midi records the generator or an input, not a song (use --save to write a song)";
     return std::nullopt;
   }
   if (options.realtime && !options.wav.empty()) {
@@ -350,11 +416,15 @@ bool Render(const RenderOptions& options, std::string& error) {
   }
 
   // Devices: a real one in real time, the synthesizer for a WAV, else nowhere.
+  // Virtual time also has an input that nothing plays into, for a recorded
+  // generator run; in real time the loopback input is that one.
   std::unique_ptr<StandardDevices> standard;
   std::unique_ptr<SynthDevices> synth;
   LoopbackDevices silent(1, 0);
   silent.setRecording(false);
-  MidiDevices* inner = &silent;
+  LoopbackDevices quiet(0, 1);
+  DeviceList virtualDevices;
+  MidiDevices* inner = &virtualDevices;
   uint32_t out = 0;
   if (options.realtime) {
     standard = std::make_unique<StandardDevices>();
@@ -363,8 +433,11 @@ bool Render(const RenderOptions& options, std::string& error) {
   } else if (!options.wav.empty()) {
     synth = std::make_unique<SynthDevices>();
     synth->renderTo(options.wav);
-    inner = synth.get();
+    virtualDevices.add(synth.get());
+  } else {
+    virtualDevices.add(&silent);
   }
+  virtualDevices.add(&quiet);
   LoggedDevices devices(*inner, log);
 
   VirtualTimers virtualTimers;
@@ -408,15 +481,16 @@ bool Render(const RenderOptions& options, std::string& error) {
   ResetSong();  // 120 ticks a quarter at 60 beats a minute
 
   Runner runner{options.realtime, virtualTimers, manualLoop};
-  if (options.song.empty()) {
-    playGenerator(options, runner, prompts, error);
-  } else {
-    playSong(options, runner, controlBar, prompts, error);
-  }
+  if (!options.midi.empty()) openInput(options, controlBar, error);
+  if (error.empty()) run(options, runner, controlBar, prompts, error);
   if (!options.realtime) virtualTimers.advance(1000);  // a second for the last notes to ring out
+  if (!options.midi.empty() && error.empty() && WriteSong(options.midi) == 0) {
+    error = "cannot write the MIDI file '" + options.midi + "'";
+  }
 
   if (synth && !synth->finishRender() && error.empty()) error = "cannot write the WAV file '" + options.wav + "'";
   CloseSync(&TheClock);
+  CloseMidiIn(&TheMidiIn);
   CloseMidiOut(&TheMidiOut);
   if (threadedLoop) threadedLoop->stop();
   manualLoop.pump();

@@ -1,8 +1,10 @@
 #pragma once
 // A headless run of the generator or of a song: the real clock pass, the real
 // generator, the real song loader and playback feed, on the virtual timer as
-// fast as the machine goes, or in real time on a device. What reaches the output can be logged, and rendered to WAV through
-// the built-in synthesizer.
+// fast as the machine goes, or in real time on a device. What reaches the
+// output can be logged, and rendered to WAV through the built-in synthesizer.
+// A run can also be taken down: the generator's notes, or what an input
+// device plays, recorded as a take, kept, and written as a MIDI file.
 
 #include <cstdint>
 #include <optional>
@@ -24,6 +26,9 @@ struct RenderOptions {
   std::string wav;
   bool realtime = false;
   uint32_t out = 0;  // output device for a real-time run
+  std::string midi;               // records the run and writes the take as a MIDI file
+  std::optional<uint32_t> record;  // records this input device instead of the generator
+  bool midiSync = false;          // the clock follows the input's MIDI clock while recording
 };
 
 // Reads the command line; nothing, with the reason in error, if it is wrong.

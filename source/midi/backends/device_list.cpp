@@ -1,6 +1,7 @@
 #include "midi/backends/device_list.h"
 
 #include <algorithm>
+#include <array>
 
 using namespace platform;
 
@@ -61,13 +62,20 @@ uint32_t DeviceList::inOpen(uint32_t id, MidiInCallbackFn callback, uintptr_t in
   return backend != nullptr ? backend->inOpen(id, callback, instance, port) : MMSYSERR_BADDEVICEID;
 }
 
-StandardDevices::StandardDevices(std::string soundFont) : synth(std::move(soundFont)) {
+namespace {
+constexpr std::array<RtMidi::Api, 4> SystemApis = {RtMidi::LINUX_ALSA, RtMidi::UNIX_JACK, RtMidi::MACOSX_CORE,
+                                                   RtMidi::WINDOWS_MM};
+}  // namespace
+
+StandardDevices::StandardDevices(std::string soundFont)
+    : synth(std::move(soundFont)), virtualInput({SystemApis.begin(), SystemApis.end()}, "Velmora") {
   loopback.setRecording(false);
   list.add(&synth);
   list.add(&loopback);
+  list.add(&virtualInput);
   std::vector<RtMidi::Api> apis;
   RtMidi::getCompiledApi(apis);
-  for (RtMidi::Api api : {RtMidi::LINUX_ALSA, RtMidi::UNIX_JACK, RtMidi::MACOSX_CORE, RtMidi::WINDOWS_MM}) {
+  for (RtMidi::Api api : SystemApis) {
     if (std::find(apis.begin(), apis.end(), api) == apis.end()) continue;
     system.push_back(std::make_unique<RtMidiDevices>(api, "Velmora"));
     list.add(system.back().get());

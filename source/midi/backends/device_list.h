@@ -29,13 +29,15 @@ class DeviceList final : public platform::MidiDevices {
 
 // Every device of this machine, in Velmora's numbering. Outputs: the built-in
 // synthesizer, the loopback, then the system's ports (ALSA sequencer, then
-// JACK, or CoreMIDI or WinMM elsewhere). Inputs: the loopback, then the
-// system's ports. So a machine without MIDI hardware still has both.
+// JACK, or CoreMIDI or WinMM elsewhere). Inputs: the loopback, Velmora's own
+// virtual input where the system allows one, then the system's ports. So a
+// machine without MIDI hardware still has both.
 struct StandardDevices {
   explicit StandardDevices(std::string soundFont = SynthDevices::FindSoundFont());
 
   SynthDevices synth;
   LoopbackDevices loopback;
+  VirtualInputDevices virtualInput;
   std::vector<std::unique_ptr<RtMidiDevices>> system;
   DeviceList list;
 };

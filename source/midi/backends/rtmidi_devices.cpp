@@ -2,6 +2,7 @@
 
 #include <jack/jack.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <mutex>
@@ -144,6 +145,14 @@ class RtInPort final : public MidiInPort {
     return openByName(midi_, errors_, name, "Velmora In");
   }
 
+  // A port of our own that others connect to.
+  uint32_t openVirtual(const std::string& portName, MidiInCallbackFn callback, uintptr_t instance) {
+    delivery_.open(callback, instance, this);
+    midi_.setCallback(&RtInPort::received, this);
+    midi_.openVirtualPort(portName);
+    return errors_.take();
+  }
+
   uint32_t start() override {
     delivery_.start();
     return MMSYSERR_NOERROR;
@@ -272,6 +281,38 @@ uint32_t RtMidiDevices::outOpen(uint32_t id, MidiOutCallbackFn callback, uintptr
     const uint32_t result = opened->open(outNames_[id]);
     if (result != MMSYSERR_NOERROR) return result;
     opened->notify(MOM_OPEN, 0);
+    port = std::move(opened);
+    return MMSYSERR_NOERROR;
+  });
+}
+
+VirtualInputDevices::VirtualInputDevices(const std::vector<RtMidi::Api>& apis, std::string clientName)
+    : clientName_(std::move(clientName)) {
+  std::vector<RtMidi::Api> compiled;
+  RtMidi::getCompiledApi(compiled);
+  for (RtMidi::Api api : apis) {
+    const bool canHaveOne = api == RtMidi::LINUX_ALSA || api == RtMidi::UNIX_JACK || api == RtMidi::MACOSX_CORE;
+    if (!canHaveOne || std::find(compiled.begin(), compiled.end(), api) == compiled.end()) continue;
+    if (!RtMidiDevices::Reachable(api)) continue;
+    api_ = api;
+    available_ = true;
+    return;
+  }
+}
+
+uint32_t VirtualInputDevices::inName(uint32_t id, std::string& name) {
+  if (id >= inCount()) return MMSYSERR_BADDEVICEID;
+  name = clientName_ + " virtual input (" + RtMidi::getApiDisplayName(api_) + ")";
+  return MMSYSERR_NOERROR;
+}
+
+uint32_t VirtualInputDevices::inOpen(uint32_t id, MidiInCallbackFn callback, uintptr_t instance,
+                                     std::unique_ptr<MidiInPort>& port) {
+  if (id >= inCount()) return MMSYSERR_BADDEVICEID;
+  return guarded([&] {
+    auto opened = std::make_unique<RtInPort>(api_, clientName_);
+    const uint32_t result = opened->openVirtual(PortName, callback, instance);
+    if (result != MMSYSERR_NOERROR) return result;
     port = std::move(opened);
     return MMSYSERR_NOERROR;
   });

@@ -40,5 +40,31 @@ class RtMidiDevices final : public platform::MidiDevices {
   std::vector<std::string> inNames_;
 };
 
+// One input port of Velmora's own, which other programs connect to and play
+// into: a virtual port of the first given interface that can have one and is
+// reachable here (the ALSA sequencer, JACK, CoreMIDI). It lists no input
+// where none can, and never an output.
+class VirtualInputDevices final : public platform::MidiDevices {
+ public:
+  VirtualInputDevices(const std::vector<RtMidi::Api>& apis, std::string clientName);
+  // The port's name as other programs see it, beside the client's.
+  static constexpr const char* PortName = "Virtual In";
+
+  uint32_t outCount() override { return 0; }
+  uint32_t outName(uint32_t, std::string&) override { return platform::MMSYSERR_BADDEVICEID; }
+  uint32_t outOpen(uint32_t, platform::MidiOutCallbackFn, uintptr_t, std::unique_ptr<platform::MidiOutPort>&) override {
+    return platform::MMSYSERR_BADDEVICEID;
+  }
+  uint32_t inCount() override { return available_ ? 1 : 0; }
+  uint32_t inName(uint32_t id, std::string& name) override;
+  uint32_t inOpen(uint32_t id, platform::MidiInCallbackFn callback, uintptr_t instance,
+                  std::unique_ptr<platform::MidiInPort>& port) override;
+
+ private:
+  RtMidi::Api api_ = RtMidi::UNSPECIFIED;
+  bool available_ = false;
+  std::string clientName_;
+};
+
 // The result code for an RtMidi error.
 uint32_t ResultOfRtMidiError(RtMidiError::Type type);
