@@ -1,7 +1,9 @@
-// The device path end to end: a JACK client of this test's own listens on a
-// MIDI port; Velmora opens that port through the RtMidi backend, and the real
-// timer plays a timed sequence through the sync clock. Every message must
-// arrive in order, within 15 ms of the pass that was due to send it.
+// The device path end to end over JACK. Out: a JACK client of this test's own
+// listens on a MIDI port; Velmora opens that port through the RtMidi backend,
+// and the real timer plays a timed sequence through the sync clock. Every
+// message must arrive in order, within 15 ms of the pass that was due to send
+// it. In: a client of the test plays MIDI clock and notes into Velmora's own
+// input port, and Velmora records them in MIDI sync.
 //
 // The test script starts a JACK server with the dummy driver. Without one the
 // test is skipped, except under CI, where it fails.
@@ -15,14 +17,22 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <thread>
 
 #include "midi/backends/device_list.h"
+#include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
 #include "platform/message_loop.h"
+#include "platform/prompts.h"
 #include "platform/timers.h"
+#include "smf/smf.h"
+#include "song/song_files.h"
+#include "song/song_store.h"
 #include "support/installed_platform.h"
+#include "transport/playback_feed.h"
+#include "transport/transport_commands.h"
 #include "transport/transport_state.h"
 
 using namespace platform;
@@ -180,6 +190,170 @@ TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
     EXPECT_LE(lateMs, 15.0) << "message " << i << " came late";
   }
   std::printf("worst lateness over JACK: %.2f ms\n", worstMs);
+}
+
+}  // namespace
+
+namespace {
+
+// The playing client: a batch of messages a process cycle, in order.
+struct Player {
+  static constexpr std::size_t MaxBatch = 3;
+  struct Batch {
+    std::array<std::array<uint8_t, 3>, MaxBatch> messages{};
+    std::size_t count = 0;
+  };
+  jack_client_t* client = nullptr;
+  jack_port_t* port = nullptr;
+  std::vector<Batch> batches;          // written before the first release
+  std::atomic<std::size_t> released{0};
+  std::atomic<std::size_t> sent{0};
+
+  static int process(jack_nframes_t frames, void* self) {
+    auto* player = static_cast<Player*>(self);
+    void* buffer = jack_port_get_buffer(player->port, frames);
+    jack_midi_clear_buffer(buffer);
+    const std::size_t next = player->sent.load(std::memory_order_relaxed);
+    if (next >= player->released.load(std::memory_order_acquire)) return 0;
+    const Batch& batch = player->batches[next];
+    for (std::size_t i = 0; i < batch.count; ++i) {
+      const auto& message = batch.messages[i];
+      const std::size_t size = 1 + static_cast<std::size_t>(MidiDataBytes(message[0]));
+      jack_midi_event_write(buffer, static_cast<jack_nframes_t>(i), message.data(), size);
+    }
+    player->sent.store(next + 1, std::memory_order_release);
+    return 0;
+  }
+
+  bool start() {
+    client = jack_client_open("velmora-player", JackNoStartServer, nullptr);
+    if (client == nullptr) return false;
+    port = jack_port_register(client, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
+    jack_set_process_callback(client, &Player::process, this);
+    return port != nullptr && jack_activate(client) == 0;
+  }
+
+  // Connects the player to a port whose name holds the given text.
+  bool connectTo(const char* portText) {
+    const char** ports = jack_get_ports(client, portText, JACK_DEFAULT_MIDI_TYPE, JackPortIsInput);
+    if (ports == nullptr) return false;
+    const bool connected = jack_connect(client, jack_port_name(port), ports[0]) == 0;
+    jack_free(ports);
+    return connected;
+  }
+
+  void add(std::initializer_list<std::array<uint8_t, 3>> messages) {
+    Batch batch;
+    for (const auto& message : messages) batch.messages[batch.count++] = message;
+    batches.push_back(batch);
+  }
+
+  ~Player() {
+    if (client != nullptr) jack_client_close(client);
+  }
+};
+
+// Another program plays MIDI clock and notes into Velmora's own JACK input;
+// Velmora follows the clock in MIDI sync, records, keeps the take and saves
+// it; the file holds the notes at the ticks of the clocks they came with.
+TEST(JackDevice, NotesAndMidiClockPlayedIntoTheVirtualInputAreRecordedAtTheirTicks) {
+  Player player;
+  if (!player.start()) {
+    if (std::getenv("CI") != nullptr) FAIL() << "no JACK server: the test script should have started one";
+    GTEST_SKIP() << "no JACK server running (start one with: jackd -d dummy)";
+  }
+  // The clock's own timer never runs: time moves only with the incoming clocks.
+  VirtualTimers timers;
+  ThreadedLoop loop;
+  LoopbackDevices silent(1, 0);
+  silent.setRecording(false);
+  VirtualInputDevices jackInput({RtMidi::UNIX_JACK}, "Velmora");
+  DeviceList devices;
+  devices.add(&silent);
+  devices.add(&jackInput);
+  const InstalledPlatform installed(timers, loop, devices);
+  ScriptedPrompts prompts;
+  installPrompts(&prompts);
+  ASSERT_EQ(jackInput.inCount(), 1u) << "JACK gives Velmora a virtual input";
+
+  ClockHooks = {};
+  InstallFeedHooks();
+  TransportWindow controlBar;
+  ControlBarWindow = &controlBar;
+  ASSERT_EQ(OpenSync(&TheClock, &controlBar, SYNC_INTERNAL, 10), 0u);
+  ASSERT_EQ(OpenMidiOut(&TheMidiOut, &controlBar, 0, TheClock, MIDI_OPEN_WORD), 0u);
+  ResetSong();
+  ASSERT_EQ(OpenMidiIn(&TheMidiIn, &controlBar, 0, TheClock, MIDI_OPEN_WORD), 0u);
+  StartMidiIn(TheMidiIn);
+  send(&controlBar, WM_COMMAND, CMD_MIDI_SYNC, 0);
+  send(&controlBar, WM_COMMAND, CMD_RECORD, 0);
+
+  ASSERT_TRUE(player.connectTo(VirtualInputDevices::PortName)) << "the player reaches Velmora's port";
+  const auto connecting = Clock::now() + std::chrono::seconds(5);
+  while (jack_port_connected(player.port) == 0 && Clock::now() < connecting) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+
+  // Start, two beats of clocks (five ticks each at 120 a quarter), notes
+  // played right after the clocks of ticks 120, 180 and 240, then Stop.
+  player.add({{0xFA, 0, 0}});
+  for (int clock = 1; clock <= 48; ++clock) {
+    if (clock == 24) {
+      player.add({{0xF8, 0, 0}, {0x90, 60, 100}});
+    } else if (clock == 36) {
+      player.add({{0xF8, 0, 0}, {0x90, 64, 90}});
+    } else if (clock == 48) {
+      player.add({{0xF8, 0, 0}, {0x80, 60, 0}, {0x80, 64, 0}});
+    } else {
+      player.add({{0xF8, 0, 0}});
+    }
+  }
+  player.add({{0xFC, 0, 0}});
+  player.released.store(player.batches.size(), std::memory_order_release);
+  const auto deadline = Clock::now() + std::chrono::seconds(10);
+  while (player.sent.load(std::memory_order_acquire) < player.batches.size() && Clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  ASSERT_EQ(player.sent.load(), player.batches.size()) << "the player played everything";
+  // The Stop at the end clears the clock's counting once all before it came in.
+  while ((TheClock->flags.load() & SYNC_COUNTING) != 0 && Clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  loop.waitIdle();
+  EXPECT_EQ(TheClock->now.load(), 240u) << "48 clocks of 5 ticks";
+
+  prompts.planAnswer(IDYES);
+  send(&controlBar, WM_COMMAND, CMD_STOP, 0);
+  const std::string path = (std::filesystem::temp_directory_path() / "velmora-jack-take.mid").string();
+  const uint32_t written = WriteSong(path);
+
+  CloseSync(&TheClock);
+  CloseMidiIn(&TheMidiIn);
+  CloseMidiOut(&TheMidiOut);
+  loop.stop();
+  ControlBarWindow = nullptr;
+  ClockHooks = {};
+  installPrompts(nullptr);
+  ASSERT_NE(written, 0u);
+
+  // What the file holds, in absolute ticks.
+  SmfFile* smf = nullptr;
+  uint32_t format = 0;
+  ASSERT_NE(OpenSMF(&smf, path.c_str(), &format, 'r'), SMF_FAILED);
+  std::array<MidiEvent, 16> events{};
+  const uint32_t n = ReadSMF(smf, 1, events.data(), static_cast<uint32_t>(events.size()));
+  CloseSMF(&smf);
+  ASSERT_EQ(n, 4u);
+  std::vector<std::pair<uint32_t, uint32_t>> notes;
+  uint32_t tick = 0;
+  for (uint32_t i = 0; i < n; ++i) {
+    tick += events[i].time;
+    notes.emplace_back(tick, PackedMessage(events[i]));
+  }
+  const std::vector<std::pair<uint32_t, uint32_t>> expected = {
+      {120, 0x643C90}, {180, 0x5A4090}, {240, 0x003C80}, {240, 0x004080}};
+  EXPECT_EQ(notes, expected);
 }
 
 }  // namespace
