@@ -365,4 +365,39 @@ TEST(MidiInThreads, APlayerThreadAndTheDrainingThreadShareTheRingWithoutLoss) {
   loop.pump();
 }
 
+// A MIDI clock runs the tick on the device's thread, and the tick may wait
+// in a send to the UI thread (the generator's capture). Closing the input
+// then must not wait for that thread forever.
+TEST(MidiInThreads, ClosingTheInputWhileItsTickWaitsInASendDoesNotHang) {
+  VirtualTimers timers;
+  ManualLoop loop;  // never pumped: the send waits until it is refused
+  LoopbackDevices devices;
+  InstalledPlatform platform(timers, loop, devices);
+  RecordingWindow window;
+  static RecordingWindow* sendTo;
+  sendTo = &window;
+  SyncClock* clock = nullptr;
+  ASSERT_EQ(OpenSync(&clock, &window, SYNC_MIDI, 10), 0u);
+  SetResolution(clock, 120);
+  SetTempo(clock, 500000);
+  MidiInHandle* in = nullptr;
+  ASSERT_EQ(OpenMidiIn(&in, &window, 0, clock, MIDI_OPEN_WORD), 0u);
+  SetMidiInFilters(in, GetMidiInFilters(in) & ~FILTER_MIDI_SYNC);
+  StartMidiIn(in);
+  ClockHooks = {};
+  ClockHooks.generatorTick = [] { send(sendTo, MIM_DATA, 0, 0); };
+  Generating.publish(1);
+  ReStartSync(clock);
+  clock->flags |= SYNC_COUNTING;
+  std::thread device([&] { devices.inject(0xF8); });
+  while (loop.pending().empty()) std::this_thread::yield();  // the tick waits in its send
+  EXPECT_EQ(CloseMidiIn(&in), 0u);
+  device.join();
+  EXPECT_EQ(in, nullptr);
+  Generating = 0;
+  ClockHooks = {};
+  CloseSync(&clock);
+  loop.pump();
+}
+
 }  // namespace

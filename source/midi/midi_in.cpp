@@ -24,6 +24,18 @@ bool isLive(const MidiInHandle* in) { return std::find(liveInputs.begin(), liveI
 
 uintptr_t asParam(const void* pointer) { return reinterpret_cast<uintptr_t>(pointer); }
 
+// Stops, resets or closes the device. Its callback may be running the clock's
+// tick for a MIDI clock, and the tick may be waiting in the generator's send
+// to this thread: sends are refused meanwhile, so that the device's wait for
+// its callback can never wait for this thread.
+uint32_t quietDevice(uint32_t (*call)(MidiInPort*), MidiInPort* device) {
+  MessageLoop* loop = messageLoop();
+  if (loop != nullptr) loop->refuseSends(true);
+  const uint32_t result = call(device);
+  if (loop != nullptr) loop->refuseSends(false);
+  return result;
+}
+
 // Microseconds that one byte takes on a MIDI cable.
 constexpr uint32_t MicrosecondsPerByte = 320;
 
@@ -62,7 +74,7 @@ void addFreshBuffers(MidiInHandle* in) {
 // The driver gives every buffer back, and those that no filled data waits in
 // are freed; the filled ones are freed as MidiIn hands out their last byte.
 void releaseIdleBuffers(MidiInHandle* in) {
-  midiInReset(in->device);
+  quietDevice(midiInReset, in->device);
   std::vector<MidiHeader*> idle;
   for (const auto& buffer : in->buffers) {
     MidiHeader* header = &buffer->header;
@@ -197,7 +209,7 @@ uint32_t CloseMidiIn(MidiInHandle** in) {
   if (in == nullptr || *in == nullptr) return 0;
   MidiInHandle* handle = *in;
   if ((handle->flags & MIDI_STARTED) != 0) StopMidiIn(handle);
-  uint32_t result = midiInReset(handle->device);
+  uint32_t result = quietDevice(midiInReset, handle->device);
   // No pass may reach the handle once it is freed: the clock lets go of it,
   // and every pass under way, which may be capturing into it, ends.
   if (SyncClock* clock = handle->clock.load()) {
@@ -205,7 +217,7 @@ uint32_t CloseMidiIn(MidiInHandle** in) {
     clock->midiIn.compare_exchange_strong(self, nullptr);
   }
   WaitForClockPasses();
-  result += midiInClose(handle->device);
+  result += quietDevice(midiInClose, handle->device);
   releaseAllBuffers(handle);
   destroyHiddenWindow(handle);
   // The record is freed here and not by the hidden window's 962, which the
@@ -247,7 +259,7 @@ uint32_t StartMidiIn(MidiInHandle* in) {
 
 uint32_t StopMidiIn(MidiInHandle* in) {
   if (in == nullptr) return 1;
-  const uint32_t result = midiInStop(in->device);
+  const uint32_t result = quietDevice(midiInStop, in->device);
   if (result == MMSYSERR_NOERROR) in->flags.fetch_and(~MIDI_STARTED);
   return result;
 }
