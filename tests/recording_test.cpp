@@ -452,6 +452,39 @@ TEST_F(Recorder, TheGeneratorsTakeHoldsTheNotesItPlayedAtTheTicksItPlayedThem) {
       << "every note of the kept take ends";
 }
 
+TEST_F(Recorder, CapturingWithNoInputBoundToTheClockTakesNothing) {
+  clock->midiIn = nullptr;
+  Capturing = 1;
+  CaptureGeneratorEvent(ev(0, 0x90, 60, 100));
+  EXPECT_EQ(MidiIn(in), nullptr);
+  EXPECT_EQ(TakeCount, 0u);
+  clock->midiIn = in;
+}
+
+TEST_F(Recorder, AKeyByteOf255FromAFailedNoteDrawIsTakenButNotFollowed) {
+  putInRing(0, 0x40FF90);
+  putInRing(0, 0x40FF90);
+  DrainInput(&controlBar);
+  EXPECT_EQ(TakeCount, 2u) << "no doubled key to split";
+  for (uint32_t held : SoundingInput) EXPECT_EQ(held, 0u);
+}
+
+TEST_F(Recorder, ABoardPassThatBuildsNoMessageCapturesNothing) {
+  startGenerator();
+  SetMidiInFilters(in, GetMidiInFilters(in) | 0x7F);  // the loopback cable's copies stay out
+  TransportCommand(CMD_RECORD);
+  TransportCommand(CMD_GENERATE);
+  LiveBank.boardFlags = 1;  // a pitch board, which the mask then leaves out
+  PitchBoardMask = 0;
+  run(200);
+  ASSERT_GT(TakeCount, 0u);
+  for (const MidiEvent& e : take()) EXPECT_EQ(e.status & 0xF0, 0x90) << "only the chords' notes";
+  Generating = 0;
+  Draining = 0;
+  prompts.planAnswer(IDNO);
+  TransportCommand(CMD_STOP);
+}
+
 // ---- the clock source, thru, quantize, metronome and link buttons ----
 
 TEST_F(Recorder, MidiSyncOpensTheClockInMidiModeAndLetsTheTimingMessagesIn) {
