@@ -125,6 +125,25 @@ TEST(ManualLoop, WhileRefusedASendFromAnotherThreadReturnsAtOnceButPostsGoOn) {
   EXPECT_EQ(reply.get(), 1963);
 }
 
+TEST(ManualLoop, RefusalsNestAndSendsComeBackOnlyWhenEveryOneIsWithdrawn) {
+  ManualLoop loop;
+  installMessageLoop(&loop);
+  Target target;
+  {
+    const SendsRefused outer;
+    {
+      const SendsRefused inner;
+    }
+    EXPECT_EQ(std::async(std::launch::async, [&] { return loop.send(&target, 963, 0, 0); }).get(), 0)
+        << "the outer refusal still stands";
+  }
+  installMessageLoop(nullptr);
+  auto reply = std::async(std::launch::async, [&] { return loop.send(&target, 963, 0, 0); });
+  waitUntil([&] { return loop.pending().size() == 1; });
+  loop.pump();
+  EXPECT_EQ(reply.get(), 1963);
+}
+
 TEST(ManualLoop, AForgottenTargetGetsNothingMoreAndItsSendIsReleased) {
   ManualLoop loop;
   Target gone, staying;

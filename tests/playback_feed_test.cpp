@@ -9,10 +9,6 @@
 
 namespace {
 
-MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
-  return MidiEvent{time, status, v1, v2, 0, nullptr, 0, 0, 0, 0};
-}
-
 class FeedTest : public MidiBench {
  protected:
   void SetUp() override {
@@ -51,7 +47,7 @@ class FeedTest : public MidiBench {
 };
 
 TEST_F(FeedTest, ATrackWithTwoRepeatsPlaysThreePassesEachABarLaterAndATickMore) {
-  song(0, {ev(0, 0x90, 60, 100), ev(480, 0x90, 60, 0)});  // the last event on a bar line
+  song(0, {event(0, 0x90, 60, 100), event(480, 0x90, 60, 0)});  // the last event on a bar line
   Tracks[0].repeats = 2;
   SeekFeed(0);
   SendEvent(out);
@@ -64,8 +60,8 @@ TEST_F(FeedTest, ATrackWithTwoRepeatsPlaysThreePassesEachABarLaterAndATickMore) 
 }
 
 TEST_F(FeedTest, AtEqualKeysTheTrackFirstOnTheListGoesFirst) {
-  song(5, {ev(10, 0xB0, 1, 1)});
-  song(2, {ev(10, 0xB0, 2, 2)});
+  song(5, {event(10, 0xB0, 1, 1)});
+  song(2, {event(10, 0xB0, 2, 2)});
   SeekFeed(0);
   SendEvent(out);
   const auto keys = ring();
@@ -74,7 +70,7 @@ TEST_F(FeedTest, AtEqualKeysTheTrackFirstOnTheListGoesFirst) {
 }
 
 TEST_F(FeedTest, SysexFedBeforeTheClockRunsGoesStraightToTheSysexBuffer) {
-  song(0, {ev(0, 0xF0, 0xF0), ev(0, 0xF0, 0x7E), ev(0, 0xF0, 0xF7), ev(0, 0x90, 60, 1)});
+  song(0, {event(0, 0xF0, 0xF0), event(0, 0xF0, 0x7E), event(0, 0xF0, 0xF7), event(0, 0x90, 60, 1)});
   SeekFeed(0);
   SendEvent(out);
   EXPECT_EQ(ring().size(), 2u) << "the note and its closing note-off; the sysex went to its buffer";
@@ -84,7 +80,7 @@ TEST_F(FeedTest, SysexFedBeforeTheClockRunsGoesStraightToTheSysexBuffer) {
 }
 
 TEST_F(FeedTest, ATrackWithPlayOffSendsNoteOnsAtVelocity0AndControllersAsTheyAre) {
-  song(0, {ev(0, 0x90, 60, 100), ev(0, 0xB0, 7, 99), ev(5, 0x80, 60, 0)});
+  song(0, {event(0, 0x90, 60, 100), event(0, 0xB0, 7, 99), event(5, 0x80, 60, 0)});
   Tracks[0].playOff = 1;
   SeekFeed(0);
   SendEvent(out);
@@ -98,7 +94,7 @@ TEST_F(FeedTest, ATrackWithPlayOffSendsNoteOnsAtVelocity0AndControllersAsTheyAre
 }
 
 TEST_F(FeedTest, KeyOffsetsFoldBackByOctaves) {
-  song(0, {ev(0, 0x90, 120, 100), ev(10, 0x90, 5, 100), ev(20, 0x80, 120, 0), ev(20, 0x80, 5, 0)});
+  song(0, {event(0, 0x90, 120, 100), event(10, 0x90, 5, 100), event(20, 0x80, 120, 0), event(20, 0x80, 5, 0)});
   Tracks[0].keyOffset = 12;
   SeekFeed(0);
   SendEvent(out);
@@ -120,7 +116,7 @@ TEST_F(FeedTest, KeyOffsetsFoldBackByOctaves) {
 }
 
 TEST_F(FeedTest, TheTracksChannelReplacesTheEventsChannel) {
-  song(0, {ev(0, 0x90, 60, 100), ev(0, 0xB2, 7, 1), ev(3, 0x80, 60, 0)});
+  song(0, {event(0, 0x90, 60, 100), event(0, 0xB2, 7, 1), event(3, 0x80, 60, 0)});
   Tracks[0].channel = 9;
   SeekFeed(0);
   SendEvent(out);
@@ -135,7 +131,7 @@ TEST_F(FeedTest, TheTracksChannelReplacesTheEventsChannel) {
 }
 
 TEST_F(FeedTest, APositionBeyondEveryEventLeavesTheRingEmpty) {
-  song(0, {ev(0, 0x90, 60, 100), ev(10, 0x80, 60, 0)});
+  song(0, {event(0, 0x90, 60, 100), event(10, 0x80, 60, 0)});
   SeekFeed(500);
   EXPECT_EQ(FeedRemaining.load(), 0u);
   SendEvent(out);
@@ -143,7 +139,7 @@ TEST_F(FeedTest, APositionBeyondEveryEventLeavesTheRingEmpty) {
 }
 
 TEST_F(FeedTest, ASeekIntoTheFirstPassPlaysTheLaterPassesInFull) {
-  song(0, {ev(0, 0xB0, 1, 1), ev(100, 0xB0, 2, 2)});
+  song(0, {event(0, 0xB0, 1, 1), event(100, 0xB0, 2, 2)});
   Tracks[0].repeats = 1;
   SeekFeed(50);
   SendEvent(out);
@@ -154,7 +150,7 @@ TEST_F(FeedTest, ASeekIntoTheFirstPassPlaysTheLaterPassesInFull) {
 }
 
 TEST_F(FeedTest, SeekSendsPanVolumeAndPatchAtOnceOnTheTracksChannel) {
-  song(0, {ev(0, 0x93, 60, 1)});
+  song(0, {event(0, 0x93, 60, 1)});
   Tracks[0].pan = 20;
   Tracks[0].volume = 100;
   Tracks[0].patch = 5;
@@ -163,7 +159,7 @@ TEST_F(FeedTest, SeekSendsPanVolumeAndPatchAtOnceOnTheTracksChannel) {
 }
 
 TEST_F(FeedTest, WithOnlyTheRecordTrackLeftWhileCapturingTheFeedStops) {
-  song(0, {ev(0, 0xB0, 1, 1)});
+  song(0, {event(0, 0xB0, 1, 1)});
   RecordTrack = 0;
   Capturing = 1;
   SeekFeed(0);
@@ -175,7 +171,7 @@ TEST_F(FeedTest, WithOnlyTheRecordTrackLeftWhileCapturingTheFeedStops) {
 
 TEST_F(FeedTest, AFullRingPausesTheFeedWhichGoesOnAsTheClockTakesEvents) {
   std::vector<MidiEvent> many;
-  for (uint32_t i = 0; i < 1000; ++i) many.push_back(ev(i, 0xB0, static_cast<uint8_t>(i % 128), 0));
+  for (uint32_t i = 0; i < 1000; ++i) many.push_back(event(i, 0xB0, static_cast<uint8_t>(i % 128), 0));
   song(0, many);
   SeekFeed(0);
   SendEvent(out);
@@ -188,12 +184,12 @@ TEST_F(FeedTest, AFullRingPausesTheFeedWhichGoesOnAsTheClockTakesEvents) {
 }
 
 TEST_F(FeedTest, ANoteWithoutItsPartnerPassesUnchanged) {
-  MidiEvent lonely = ev(0, 0x90, 60, 100);
+  MidiEvent lonely = event(0, 0x90, 60, 100);
   Tracks[0].keyOffset = 5;
   out->trackOfSlot[out->readIndex.load()] = 0;
   ShapeEvent(clock, out, &lonely);
   EXPECT_EQ(lonely.value1, 60);
-  MidiEvent off = ev(0, 0x80, 60, 0);
+  MidiEvent off = event(0, 0x80, 60, 0);
   ShapeEvent(clock, out, &off);
   EXPECT_EQ(off.value1, 60);
 }

@@ -67,4 +67,18 @@ TEST(ScriptedPrompts, TheWaitCursorNestsAndComesBack) {
   WaitCursor withoutPrompts;  // harmless with none installed
 }
 
+TEST(Prompts, ABoxGoesToTheInstalledPromptsAndWithNoneAnswersItsSafestButton) {
+  installPrompts(nullptr);
+  EXPECT_EQ(ShowMessageBox("Save?", "Velmora", MB_YESNOCANCEL), IDCANCEL);
+  EXPECT_EQ(ShowMessageBox("Keep take?", "Velmora", MB_YESNO | MB_ICONQUESTION), IDNO);
+  EXPECT_EQ(ShowMessageBox("Full.", "Velmora", MB_ICONSTOP), IDOK);
+  ScriptedPrompts prompts;
+  installPrompts(&prompts);
+  prompts.planAnswer(IDYES);
+  EXPECT_EQ(ShowMessageBox("Keep take?", "Velmora", MB_YESNO), IDYES);
+  ASSERT_EQ(prompts.shown().size(), 1u);
+  EXPECT_EQ(prompts.shown()[0].text, "Keep take?");
+  installPrompts(nullptr);
+}
+
 }  // namespace

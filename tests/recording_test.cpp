@@ -16,10 +16,6 @@ using namespace platform;
 
 namespace {
 
-MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
-  return MidiEvent{time, status, v1, v2, 0, nullptr, 0, 0, 0, 0};
-}
-
 // The song bench with the input opened on the loopback as the Control Bar
 // opens it, started, and recording's words at their start values.
 class Recorder : public SongBench {
@@ -206,7 +202,7 @@ TEST_F(Recorder, TwoHeldKeysGetNoteOffsThatEachCarryTheSameDelta) {
 // ---- the take's limit ----
 
 TEST_F(Recorder, Event32768IsStoredThenTheBoxComesAndStopIsPosted) {
-  for (uint32_t i = 0; i < TakeCapacity - 1; ++i) TakeBuffer[i] = ev(0, 0xB0, 1, 0);
+  for (uint32_t i = 0; i < TakeCapacity - 1; ++i) TakeBuffer[i] = event(0, 0xB0, 1, 0);
   TakeCount = TakeCapacity - 1;
   putInRing(5, 0x7F01B0);
   putInRing(5, 0x7E01B0);  // arrives after the box: dropped
@@ -225,7 +221,7 @@ TEST_F(Recorder, Event32768IsStoredThenTheBoxComesAndStopIsPosted) {
 }
 
 TEST_F(Recorder, ADoubledNoteOnAsEntry32767FillsTheTakeWritesItsNoteOnBehindAndShowsOneBox) {
-  for (uint32_t i = 0; i < TakeCapacity - 1; ++i) TakeBuffer[i] = ev(0, 0xB0, 1, 0);
+  for (uint32_t i = 0; i < TakeCapacity - 1; ++i) TakeBuffer[i] = event(0, 0xB0, 1, 0);
   TakeCount = TakeCapacity - 1;
   SoundingInput[0x3C] = 1;
   putInRing(3, 0x403C90);
@@ -242,7 +238,7 @@ TEST_F(Recorder, ADoubledNoteOnAsEntry32767FillsTheTakeWritesItsNoteOnBehindAndS
 
 TEST_F(Recorder, ATakeFullDuringRecordingEndsLikeStopAndOffersTheTake) {
   TransportCommand(CMD_RECORD);
-  for (uint32_t i = 0; i < TakeCapacity - 1; ++i) TakeBuffer[i] = ev(0, 0xB0, 1, 0);
+  for (uint32_t i = 0; i < TakeCapacity - 1; ++i) TakeBuffer[i] = event(0, 0xB0, 1, 0);
   TakeCount = TakeCapacity - 1;
   prompts.planAnswer(IDOK);
   prompts.planAnswer(IDNO);
@@ -294,7 +290,7 @@ TEST_F(Recorder, NotesPlayedWhileRecordingAreKeptAsTheRecordTrackAtTheirSongTick
 }
 
 TEST_F(Recorder, NoToKeepTakeLeavesTheTrackAsItWas) {
-  install(0, {ev(0, 0x90, 50, 90), ev(60, 0x90, 50, 0)});
+  install(0, {event(0, 0x90, 50, 90), event(60, 0x90, 50, 0)});
   TransportCommand(CMD_RECORD);
   run(10);
   play(0x403C90);
@@ -307,8 +303,8 @@ TEST_F(Recorder, NoToKeepTakeLeavesTheTrackAsItWas) {
 }
 
 TEST_F(Recorder, TheRecordTrackIsSilentWhileCapturingAndTheSongPlaysAlong) {
-  install(0, {ev(0, 0x90, 50, 90), ev(30, 0x90, 50, 0)});
-  install(1, {ev(0, 0x91, 52, 90), ev(30, 0x91, 52, 0)});
+  install(0, {event(0, 0x90, 50, 90), event(30, 0x90, 50, 0)});
+  install(1, {event(0, 0x91, 52, 90), event(30, 0x91, 52, 0)});
   TransportCommand(CMD_RECORD);
   run(20);
   const auto words = sentMessages();
@@ -329,7 +325,7 @@ TEST_F(Recorder, AnEmptyTakeEndsWithoutTheQuestionWithoutResetAndWithoutTheImmed
 }
 
 TEST_F(Recorder, ATakeOfOnlyNoteOffsIsOfferedAndOnYesTheTrackIsDeletedWithNothingInItsPlace) {
-  install(0, {ev(0, 0x90, 50, 90), ev(60, 0x90, 50, 0)});
+  install(0, {event(0, 0x90, 50, 90), event(60, 0x90, 50, 0)});
   TransportCommand(CMD_RECORD);
   run(5);
   play(0x003C80);
@@ -455,7 +451,7 @@ TEST_F(Recorder, TheGeneratorsTakeHoldsTheNotesItPlayedAtTheTicksItPlayedThem) {
 TEST_F(Recorder, CapturingWithNoInputBoundToTheClockTakesNothing) {
   clock->midiIn = nullptr;
   Capturing = 1;
-  CaptureGeneratorEvent(ev(0, 0x90, 60, 100));
+  CaptureGeneratorEvent(event(0, 0x90, 60, 100));
   EXPECT_EQ(MidiIn(in), nullptr);
   EXPECT_EQ(TakeCount, 0u);
   clock->midiIn = in;

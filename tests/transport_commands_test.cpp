@@ -8,10 +8,6 @@
 
 namespace {
 
-MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
-  return MidiEvent{time, status, v1, v2, 0, nullptr, 0, 0, 0, 0};
-}
-
 class Transport : public SongBench {
  protected:
   void SetUp() override {
@@ -53,7 +49,7 @@ TEST_F(Transport, PlayOnASongOfOnlyTheTempoEventStopsByItselfAtTheFirstSyncTickA
 }
 
 TEST_F(Transport, PlayGraysTheTransportButtonsAndStopGivesThemBack) {
-  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(480, 0x90, 60, 0)});
   const int updates = frame.updates;
   TransportCommand(CMD_PLAY);
   for (uint32_t id : {104u, 101u, 108u, 107u}) EXPECT_FALSE(bar.enabled[id]) << id;
@@ -70,7 +66,7 @@ TEST_F(Transport, PlayGraysTheTransportButtonsAndStopGivesThemBack) {
 }
 
 TEST_F(Transport, StopWhilePlayingLetsGoOfTheDamperAndCentresTheBenderOnEveryChannel) {
-  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(480, 0x90, 60, 0)});
   TransportCommand(CMD_PLAY);
   passes(3);
   devices.clearSent();
@@ -96,7 +92,7 @@ TEST_F(Transport, StopWhileNeitherPlayingNorRecordingEnablesBothClockButtonsAndC
 }
 
 TEST_F(Transport, APositionBeyondTheSongFeedsNothingAndPlayStopsAtTheFirstNotification) {
-  install(0, {ev(0, 0x90, 60, 90), ev(120, 0x90, 60, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(120, 0x90, 60, 0)});
   SongPosition = 5000;
   TransportCommand(CMD_PLAY);
   EXPECT_EQ(FeedRemaining.load(), 0u);
@@ -106,7 +102,7 @@ TEST_F(Transport, APositionBeyondTheSongFeedsNothingAndPlayStopsAtTheFirstNotifi
 }
 
 TEST_F(Transport, RewindStopsPlayAndPutsEveryPositionBackTo0) {
-  install(0, {ev(0, 0x90, 60, 90), ev(4800, 0x90, 60, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(4800, 0x90, 60, 0)});
   TransportCommand(CMD_PLAY);
   passes(30);
   RecordingLyrics lyrics;
@@ -121,8 +117,8 @@ TEST_F(Transport, RewindStopsPlayAndPutsEveryPositionBackTo0) {
 }
 
 TEST_F(Transport, GoToEndTakesTheLastEventOfTheSongTracks) {
-  install(0, {ev(0, 0x90, 60, 90), ev(300, 0x90, 60, 0)});
-  install(1, {ev(10, 0x90, 62, 90), ev(700, 0x90, 62, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(300, 0x90, 60, 0)});
+  install(1, {event(10, 0x90, 62, 90), event(700, 0x90, 62, 0)});
   TransportCommand(CMD_GO_TO_END);
   EXPECT_EQ(SongPosition.load(), 700u);
   EXPECT_EQ(clock->now.load(), 700u);
@@ -130,9 +126,9 @@ TEST_F(Transport, GoToEndTakesTheLastEventOfTheSongTracks) {
 }
 
 TEST_F(Transport, AfterADeletionGoToEndCountsOnlyTheFirstEventOfTheFirstListedTrack) {
-  install(0, {ev(0, 0x90, 60, 90), ev(900, 0x90, 60, 0)});
-  install(1, {ev(10, 0x90, 62, 90), ev(700, 0x90, 62, 0)});
-  install(2, {ev(20, 0x90, 64, 90), ev(30, 0x90, 64, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(900, 0x90, 60, 0)});
+  install(1, {event(10, 0x90, 62, 90), event(700, 0x90, 62, 0)});
+  install(2, {event(20, 0x90, 64, 90), event(30, 0x90, 64, 0)});
   DeleteTrack(2);  // ActiveTracks: 0, 1, 256
   TransportCommand(CMD_GO_TO_END);
   EXPECT_EQ(SongPosition.load(), 700u) << "track 0 stands first: its first event, not its last, counts";
@@ -146,7 +142,7 @@ TEST_F(Transport, GoToEndInASongWithoutTracksGoesTo0) {
 }
 
 TEST_F(Transport, GoToEndSetsTheEventsListOnTheRowBeforeThePosition) {
-  install(0, {ev(0, 0x90, 60, 90), ev(300, 0x90, 60, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(300, 0x90, 60, 0)});
   MidiEvent* e = Tracks[0].events;
   EventRows.reset(new EventRow[2]{{&e[0], 0}, {&e[1], 0}});
   EventRowCount = 2;
@@ -161,7 +157,7 @@ TEST_F(Transport, GoToEndSetsTheEventsListOnTheRowBeforeThePosition) {
 
 TEST_F(Transport, TheEndOfASongWhileTheGeneratorRunsLeavesThePositionAndRewindIsLost) {
   prepareGenerator();
-  install(0, {ev(0, 0xB0, 7, 90)});
+  install(0, {event(0, 0xB0, 7, 90)});
   SongPosition = 0;
   TransportCommand(CMD_GENERATE);
   ASSERT_EQ(Generating.load(), 1u);
@@ -182,7 +178,7 @@ TEST_F(Transport, TheEndOfASongWhileTheGeneratorRunsLeavesThePositionAndRewindIs
 TEST_F(Transport, WithLinkOnPlayStartsTheGenerator) {
   prepareGenerator();
   Linked = 1;
-  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(480, 0x90, 60, 0)});
   TransportCommand(CMD_PLAY);
   EXPECT_EQ(Generating.load(), 1u);
   loop.pump();
@@ -194,7 +190,7 @@ TEST_F(Transport, WithLinkOnPlayStartsTheGenerator) {
 TEST_F(Transport, WithLinkOnAndTheGeneratorRunningPlayRestartsTheClockWithTheSong) {
   prepareGenerator();
   Linked = 1;
-  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(480, 0x90, 60, 0)});
   TransportCommand(CMD_GENERATE);
   passes(50);
   const uint32_t now = clock->now;
@@ -208,7 +204,7 @@ TEST_F(Transport, WithLinkOnAndTheGeneratorRunningPlayRestartsTheClockWithTheSon
 }
 
 TEST_F(Transport, PlayRemembersTheEventsListsTopRowAndTheSeekPlacesItsCursor) {
-  install(0, {ev(0, 0x90, 60, 90), ev(100, 0x90, 60, 0), ev(200, 0xB0, 7, 1)});
+  install(0, {event(0, 0x90, 60, 90), event(100, 0x90, 60, 0), event(200, 0xB0, 7, 1)});
   MidiEvent* e = Tracks[0].events;
   EventRows.reset(new EventRow[3]{{&e[0], 0}, {&e[1], 0}, {&e[2], 0}});
   EventRowCount = 3;
@@ -225,8 +221,8 @@ TEST_F(Transport, PlayRemembersTheEventsListsTopRowAndTheSeekPlacesItsCursor) {
 }
 
 TEST_F(Transport, TheFollowMovesTheCursorWithTheMusicAndTurnsTheListAPageAtATime) {
-  install(0, {ev(0, 0x90, 60, 90), ev(10, 0x90, 60, 0), ev(20, 0x90, 62, 90), ev(30, 0x90, 62, 0),
-              ev(40, 0x90, 64, 90), ev(50, 0x90, 64, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(10, 0x90, 60, 0), event(20, 0x90, 62, 90), event(30, 0x90, 62, 0),
+              event(40, 0x90, 64, 90), event(50, 0x90, 64, 0)});
   MidiEvent* e = Tracks[0].events;
   EventRows.reset(new EventRow[6]);
   for (int i = 0; i < 6; ++i) EventRows[i] = {&e[i], 0};
@@ -253,7 +249,7 @@ TEST_F(Transport, TheFollowMovesTheCursorWithTheMusicAndTurnsTheListAPageAtATime
 }
 
 TEST_F(Transport, PlayedNotesPostTheFollowAtMostOncePerClockTick) {
-  install(0, {ev(7, 0x90, 60, 90), ev(7, 0x90, 64, 90), ev(240, 0x90, 60, 0), ev(240, 0x90, 64, 0)});
+  install(0, {event(7, 0x90, 60, 90), event(7, 0x90, 64, 90), event(240, 0x90, 60, 0), event(240, 0x90, 64, 0)});
   TransportCommand(CMD_PLAY);
   int follows = 0;
   for (int i = 0; i < 20; ++i) {  // 24 ticks at 60 beats a minute
@@ -266,7 +262,7 @@ TEST_F(Transport, PlayedNotesPostTheFollowAtMostOncePerClockTick) {
 }
 
 TEST_F(Transport, TheControlBarTakesItsMessagesThroughItsWindow) {
-  install(0, {ev(0, 0x90, 60, 90), ev(480, 0x90, 60, 0)});
+  install(0, {event(0, 0x90, 60, 90), event(480, 0x90, 60, 0)});
   controlBar.handleMessage(WM_COMMAND, CMD_PLAY, 0);
   EXPECT_EQ(Playing.load(), 1u);
   controlBar.handleMessage(NM_SYNC_TICK, 0, 0);

@@ -86,9 +86,7 @@ int ResizeFunctions(platform::MessageTarget*, int32_t size) {
   if (size == 0) return 1;
   Arrays blocks;
   if (size < 0 || size > MaxFunctionLength || !allocate(blocks, size)) {
-    if (platform::Prompts* prompts = platform::prompts()) {
-      prompts->messageBox("Not enough memory. Try with another length.", "Velmora", platform::MB_ICONSTOP);
-    }
+    platform::ShowMessageBox("Not enough memory. Try with another length.", "Velmora", platform::MB_ICONSTOP);
     return 0;
   }
   const int32_t old = FunctionLength;

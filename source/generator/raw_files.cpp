@@ -14,7 +14,7 @@ using namespace platform;
 namespace {
 
 void say(const std::string& text, uint32_t icon = MB_OK) {
-  if (Prompts* p = prompts()) p->messageBox(text, "Velmora", icon);
+  ShowMessageBox(text, "Velmora", icon);
 }
 
 std::optional<std::string> choose(std::string& directory, bool open) {

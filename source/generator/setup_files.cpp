@@ -26,7 +26,7 @@ namespace {
 constexpr char Magic[4] = {'V', 'L', 'h', 'd'};
 
 void stop(const std::string& text, const std::string& title = "Velmora") {
-  if (Prompts* p = prompts()) p->messageBox(text, title, MB_ICONSTOP);
+  ShowMessageBox(text, title, MB_ICONSTOP);
 }
 
 // The fields that live in a Bank record, from the weight tables to the curves.

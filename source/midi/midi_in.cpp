@@ -29,11 +29,8 @@ uintptr_t asParam(const void* pointer) { return reinterpret_cast<uintptr_t>(poin
 // to this thread: sends are refused meanwhile, so that the device's wait for
 // its callback can never wait for this thread.
 uint32_t quietDevice(uint32_t (*call)(MidiInPort*), MidiInPort* device) {
-  MessageLoop* loop = messageLoop();
-  if (loop != nullptr) loop->refuseSends(true);
-  const uint32_t result = call(device);
-  if (loop != nullptr) loop->refuseSends(false);
-  return result;
+  const SendsRefused refused;
+  return call(device);
 }
 
 // Microseconds that one byte takes on a MIDI cable.

@@ -289,11 +289,8 @@ void advanceSmpteFrame(SyncClock* clock) {
 void postSmpteTime(SyncClock* clock) { post(clock->window, NM_SMPTE_TIME, clock->smpteType, SmpteTimeWord(clock)); }
 
 uint32_t killClockTimer(SyncClock* clock) {
-  // A pass blocked in a send to this thread must not hold up its timer's end.
-  MessageLoop* loop = messageLoop();
-  if (loop != nullptr) loop->refuseSends(true);
+  const SendsRefused refused;  // a pass blocked in a send to this thread must not hold up its timer's end
   const uint32_t result = timeKillEvent(clock->timerId);
-  if (loop != nullptr) loop->refuseSends(false);
   clock->timerId = 0;
   return result;
 }
@@ -525,10 +522,8 @@ void WaitForClockPasses() {
   // A pass that stops its own clock (the generator's drain) waits only for the others.
   const int own = passesOnThisThread;
   if (passesRunning.load() <= own) return;
-  MessageLoop* loop = messageLoop();
-  if (loop != nullptr) loop->refuseSends(true);  // a pass may wait for this thread
+  const SendsRefused refused;  // a pass may wait for this thread
   while (passesRunning.load() > own) std::this_thread::yield();
-  if (loop != nullptr) loop->refuseSends(false);
 }
 
 void HoldClockPasses(SyncClock* clock) {

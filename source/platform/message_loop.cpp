@@ -24,6 +24,14 @@ intptr_t send(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t p
   return loop != nullptr ? loop->send(target, msg, param1, param2) : 0;
 }
 
+SendsRefused::SendsRefused() : loop_(messageLoop()) {
+  if (loop_ != nullptr) loop_->refuseSends(true);
+}
+
+SendsRefused::~SendsRefused() {
+  if (loop_ != nullptr) loop_->refuseSends(false);
+}
+
 struct Reply {
   intptr_t result = 0;
   bool done = false;
@@ -62,7 +70,7 @@ intptr_t QueueLoop::send(MessageTarget* target, uint32_t msg, uintptr_t param1, 
     return target != nullptr ? target->handleMessage(msg, param1, param2) : 0;
   }
   Reply reply;
-  if (refused_ || !push({target, msg, param1, param2, &reply})) return 0;
+  if (closed_ || refusals_ > 0 || !push({target, msg, param1, param2, &reply})) return 0;
   changed_.wait(lock, [&] { return reply.done; });
   return reply.result;
 }
@@ -83,8 +91,12 @@ void QueueLoop::forget(MessageTarget* target) {
 
 void QueueLoop::refuseSends(bool refuse) {
   std::lock_guard lock(mutex_);
-  refused_ = refuse;
-  if (refuse) releaseReplies();
+  if (refuse) {
+    ++refusals_;
+    releaseReplies();
+  } else if (refusals_ > 0) {
+    --refusals_;
+  }
 }
 
 bool QueueLoop::deliverOne() {
@@ -116,7 +128,6 @@ void QueueLoop::setOwner(std::thread::id owner) {
 void QueueLoop::shutDown() {
   std::lock_guard lock(mutex_);
   closed_ = true;
-  refused_ = true;
   releaseReplies();
   count_ = 0;
 }

@@ -38,8 +38,22 @@ class MessageLoop {
   virtual void forget(MessageTarget* target) = 0;
   // While refused, every waiting send is released with 0 and a new send from
   // another thread returns 0 at once. A clock that closes refuses sends so that
-  // a timer blocked in a send can never hold up its own shut-down.
+  // a timer blocked in a send can never hold up its own shut-down. Refusals
+  // nest: sends are taken again once every refusal has been withdrawn.
   virtual void refuseSends(bool refuse) = 0;
+};
+
+// Refuses the installed loop's sends for the life of the object: what the UI
+// thread does while a timer or device thread may be waiting in a send to it.
+class SendsRefused {
+ public:
+  SendsRefused();
+  ~SendsRefused();
+  SendsRefused(const SendsRefused&) = delete;
+  SendsRefused& operator=(const SendsRefused&) = delete;
+
+ private:
+  MessageLoop* loop_;
 };
 
 // The loop that the engine talks to, chosen once in main() or a test's set-up.
@@ -88,7 +102,8 @@ class QueueLoop : public MessageLoop {
   std::vector<Message> ring_;
   std::size_t head_ = 0, count_ = 0;
   bool busy_ = false;  // a message is being delivered
-  bool refused_ = false, closed_ = false;
+  int refusals_ = 0;  // refusals not yet withdrawn
+  bool closed_ = false;
   std::thread::id owner_;
   std::condition_variable changed_;
 };

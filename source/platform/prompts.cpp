@@ -25,6 +25,11 @@ void installPrompts(Prompts* prompts) { installedPrompts.store(prompts, std::mem
 
 Prompts* prompts() { return installedPrompts.load(std::memory_order_acquire); }
 
+int ShowMessageBox(const std::string& text, const std::string& title, uint32_t style) {
+  Prompts* p = prompts();
+  return p != nullptr ? p->messageBox(text, title, style) : safestButton(style);
+}
+
 WaitCursor::WaitCursor() {
   if (Prompts* p = prompts()) p->beginWaitCursor();
 }

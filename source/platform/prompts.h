@@ -54,6 +54,10 @@ class Prompts {
 void installPrompts(Prompts* prompts);
 Prompts* prompts();
 
+// Shows a box through the installed prompts. With none installed nobody can
+// answer, and the box answers as its safest button: Cancel, No, or OK.
+int ShowMessageBox(const std::string& text, const std::string& title, uint32_t style);
+
 // Shows the wait cursor for the life of the object.
 class WaitCursor {
  public:

@@ -32,9 +32,7 @@ void putInTake(const MidiEvent& e) {
 }
 
 void takeFull(platform::MessageTarget* window) {
-  if (platform::Prompts* p = platform::prompts()) {
-    p->messageBox("Can't continue.Input buffer full.", "Velmora", platform::MB_ICONSTOP);
-  }
+  platform::ShowMessageBox("Can't continue.Input buffer full.", "Velmora", platform::MB_ICONSTOP);
   platform::post(window, WM_COMMAND, CMD_STOP, 0);
 }
 

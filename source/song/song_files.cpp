@@ -28,11 +28,6 @@ namespace {
 constexpr uint8_t META_TRACK_NAME = 3;
 constexpr uint8_t META_TIME_SIGNATURE = 0x58;
 
-int messageBox(const std::string& text, const std::string& title, uint32_t style) {
-  Prompts* p = prompts();
-  return p != nullptr ? p->messageBox(text, title, style) : IDCANCEL;
-}
-
 std::string folderOf(const std::string& path) { return std::filesystem::path(path).parent_path().string(); }
 
 void showNumber(uint32_t field, int64_t value) {
@@ -297,7 +292,7 @@ int SavePrompt() {
   if (SongDirty == 0) return 1;
   std::string text = SongFilePath;
   text += "\nYour work has changed.\n\nSave it?";
-  SaveResult = messageBox(text, "Velmora", MB_YESNOCANCEL | MB_ICONEXCLAMATION);
+  SaveResult = ShowMessageBox(text, "Velmora", MB_YESNOCANCEL | MB_ICONEXCLAMATION);
   if (SaveResult == IDYES) {
     SaveSong();
   } else if (SaveResult == IDCANCEL) {
@@ -364,7 +359,7 @@ void LoadSong(const std::string& path) {
   ResetSong();
   uint32_t format = 0;
   if (OpenSMF(&SongReadHandle, path.c_str(), &format, 'r') == SMF_FAILED) {
-    messageBox("Invalid file format", "Error", MB_ICONSTOP);
+    ShowMessageBox("Invalid file format", "Error", MB_ICONSTOP);
     SongReadHandle = nullptr;
   } else {
     loadOpenedFile(SongReadHandle, format);

@@ -114,9 +114,8 @@ void TouchTrack(uint32_t track) {
 }
 
 void NotEnoughMemory() {
-  if (platform::Prompts* p = platform::prompts()) {
-    p->messageBox("Not enough memory. Close one or more applications and try again", "Velmora", platform::MB_ICONSTOP);
-  }
+  platform::ShowMessageBox("Not enough memory. Close one or more applications and try again", "Velmora",
+                           platform::MB_ICONSTOP);
 }
 
 MidiEvent* AllocateEvents(uint32_t count) { return new (std::nothrow) MidiEvent[count]{}; }

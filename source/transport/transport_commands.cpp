@@ -90,10 +90,10 @@ void stopRecording() {
   CloseTakeNotes();
   ResetMidiOut(TheMidiOut);
   releasePedalsAndBenders();
-  platform::Prompts* p = platform::prompts();
-  const int answer = p != nullptr ? p->messageBox("Keep take?", "Velmora", platform::MB_YESNO | platform::MB_ICONQUESTION)
-                                  : platform::IDNO;
-  if (answer == platform::IDYES) KeepTake();
+  if (platform::ShowMessageBox("Keep take?", "Velmora", platform::MB_YESNO | platform::MB_ICONQUESTION) ==
+      platform::IDYES) {
+    KeepTake();
+  }
 }
 
 // The Events list's top row, to come back to when the transport stops.
