@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/prompts.h"
+#include "support/stop_box.h"
 
 namespace {
 
@@ -11,12 +12,7 @@ class FieldChecks : public ::testing::Test {
   void SetUp() override { platform::installPrompts(&prompts); }
   void TearDown() override { platform::installPrompts(nullptr); }
 
-  void expectOneBox(const std::string& text) {
-    ASSERT_EQ(prompts.shown().size(), 1u);
-    EXPECT_EQ(prompts.shown()[0].text, text);
-    EXPECT_EQ(prompts.shown()[0].title, "Velmora");
-    EXPECT_EQ(prompts.shown()[0].style, platform::MB_ICONSTOP);
-  }
+  void expectOneBox(const std::string& text) { ExpectOneStopBox(prompts, text); }
 
   platform::ScriptedPrompts prompts;
 };

@@ -42,12 +42,7 @@ TEST_F(LiveSystem, AFirstRunStartsWithTheDefaults) {
   EXPECT_EQ(MidiInDevice, 0u);
   EXPECT_EQ(MidiOutDevice, 0u);
   EXPECT_TRUE(devices.loopback.inputStarted(0));
-  EXPECT_EQ(Numerator.load(), 1u);
-  EXPECT_EQ(Denominator.load(), 4u);
-  EXPECT_EQ(TheClock->beatsPerBar.load(), 1);
-  EXPECT_EQ(TicksPerBar.load(), 120u);
-  EXPECT_EQ(bar.fields[1180], "1");
-  EXPECT_EQ(bar.fields[1181], "4");
+  expectMeter(1, 4);
   EXPECT_EQ(RecordTrack, 0);
   EXPECT_EQ(SongPosition.load(), 0u);
   EXPECT_EQ(QuantizeRecord, 0u);
@@ -179,12 +174,7 @@ TEST_F(LiveSystem, ANumeratorOf0AndADenominatorOf12BecomeFourAndAreShown) {
   storeUser("Numerator", SettingsValue::word(0));
   storeUser("Denominator", SettingsValue::word(12));
   start();
-  EXPECT_EQ(Numerator.load(), 4u);
-  EXPECT_EQ(Denominator.load(), 4u);
-  EXPECT_EQ(bar.fields[1180], "4");
-  EXPECT_EQ(bar.fields[1181], "4");
-  EXPECT_EQ(TheClock->beatsPerBar.load(), 4);
-  EXPECT_EQ(TicksPerBar.load(), 480u);
+  expectMeter(4, 4);
   EXPECT_EQ(NumeratorText, "4");
   EXPECT_EQ(DenominatorText, "4");
 }
@@ -197,10 +187,7 @@ TEST_F(LiveSystem, ANumeratorAbove99BecomesFourAnd99IsKept) {
   storeUser("Numerator", SettingsValue::word(99));
   storeUser("Denominator", SettingsValue::word(32));
   start();
-  EXPECT_EQ(Numerator.load(), 99u);
-  EXPECT_EQ(Denominator.load(), 32u);
-  EXPECT_EQ(bar.fields[1180], "99");
-  EXPECT_EQ(bar.fields[1181], "32");
+  expectMeter(99, 32);
 }
 
 TEST_F(LiveSystem, AStoredDeviceAboveTheDeviceCountStartsDevice0And0IsSaved) {

@@ -10,6 +10,7 @@
 #include "song/recording.h"
 #include "song/song_store.h"
 #include "support/live_bench.h"
+#include "support/stop_box.h"
 #include "transport/playback_feed.h"
 #include "transport/song_tempo.h"
 
@@ -49,12 +50,7 @@ class Dialogs : public LiveBench {
     return found;
   }
 
-  void expectOneBox(const std::string& text) {
-    ASSERT_EQ(prompts.shown().size(), 1u);
-    EXPECT_EQ(prompts.shown()[0].text, text);
-    EXPECT_EQ(prompts.shown()[0].title, "Velmora");
-    EXPECT_EQ(prompts.shown()[0].style, platform::MB_ICONSTOP);
-  }
+  void expectOneBox(const std::string& text) { ExpectOneStopBox(prompts, text); }
 
   RecordingList list;
 };
@@ -174,12 +170,7 @@ TEST_F(Dialogs, MeterThreeEighthsIsAcceptedAndApplied) {
   EXPECT_EQ(DenominatorText, "8");
   EXPECT_EQ(SongDirty, 1u);
   ApplyMeter();
-  EXPECT_EQ(Numerator.load(), 3u);
-  EXPECT_EQ(Denominator.load(), 8u);
-  EXPECT_EQ(TheClock->beatsPerBar.load(), 3);
-  EXPECT_EQ(TicksPerBar.load(), 360u);
-  EXPECT_EQ(bar.fields[1180], "3");
-  EXPECT_EQ(bar.fields[1181], "8");
+  expectMeter(3, 8);
 }
 
 TEST_F(Dialogs, ANumeratorOf0GivesTheRangeMessage) {

@@ -11,10 +11,12 @@
 #include <string>
 
 #include "midi/backends/loopback.h"
+#include "midi/sync_clock.h"
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
 #include "platform/settings_store.h"
 #include "platform/timers.h"
+#include "song/song_store.h"
 #include "support/song_fixture.h"
 #include "support/song_views.h"
 #include "transport/live_system.h"
@@ -108,6 +110,17 @@ class LiveBench : public ::testing::Test {
   }
   void storeMachine(const std::string& name, const platform::SettingsValue& value) {
     storeAt(platform::SettingsLevel::Machine, name, value);
+  }
+
+  // The meter in force, in the clock and in the Control Bar's fields, at 120 ticks a beat.
+  void expectMeter(uint32_t numerator, uint32_t denominator) {
+    EXPECT_EQ(Numerator.load(), numerator);
+    EXPECT_EQ(Denominator.load(), denominator);
+    ASSERT_NE(TheClock, nullptr);
+    EXPECT_EQ(TheClock->beatsPerBar.load(), numerator);
+    EXPECT_EQ(TicksPerBar.load(), numerator * 120);
+    EXPECT_EQ(bar.fields[1180], std::to_string(numerator));
+    EXPECT_EQ(bar.fields[1181], std::to_string(denominator));
   }
 
   // The boxes shown, as their texts.
