@@ -59,8 +59,12 @@ void QueueLoop::releaseReplies() {
 }
 
 bool QueueLoop::post(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t param2) {
-  std::lock_guard lock(mutex_);
-  return push({target, msg, param1, param2, nullptr});
+  {
+    std::lock_guard lock(mutex_);
+    if (!push({target, msg, param1, param2, nullptr})) return false;
+  }
+  queued();
+  return true;
 }
 
 intptr_t QueueLoop::send(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t param2) {
@@ -71,6 +75,9 @@ intptr_t QueueLoop::send(MessageTarget* target, uint32_t msg, uintptr_t param1, 
   }
   Reply reply;
   if (closed_ || refusals_ > 0 || !push({target, msg, param1, param2, &reply})) return 0;
+  lock.unlock();
+  queued();
+  lock.lock();
   changed_.wait(lock, [&] { return reply.done; });
   return reply.result;
 }
@@ -151,6 +158,11 @@ std::vector<Message> QueueLoop::snapshot() const {
     if (queued.target != nullptr) messages.push_back(queued);
   }
   return messages;
+}
+
+std::size_t QueueLoop::queuedCount() const {
+  std::lock_guard lock(mutex_);
+  return count_;
 }
 
 ManualLoop::ManualLoop(std::size_t capacity) : QueueLoop(capacity) {}

@@ -84,6 +84,9 @@ class QueueLoop : public MessageLoop {
  protected:
   // Takes the oldest message and delivers it; false when the queue is empty.
   bool deliverOne();
+  // Called after a message was queued, outside the critical section, on the
+  // posting thread: a loop that sleeps elsewhere than in waitForMessage wakes here.
+  virtual void queued() {}
   void setOwner(std::thread::id owner);
   // Refuses sends and posts for good, dropping whatever is queued.
   void shutDown();
@@ -92,6 +95,8 @@ class QueueLoop : public MessageLoop {
   // Blocks until the queue is empty and nothing is being delivered.
   void waitUntilIdle();
   std::vector<Message> snapshot() const;
+  // How many messages wait now.
+  std::size_t queuedCount() const;
 
   mutable std::mutex mutex_;
 

@@ -1,0 +1,280 @@
+#include "generator/windows/control_panel_window.h"
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QPainter>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+#include "generator/bank.h"
+#include "generator/control_panel.h"
+#include "generator/functions.h"
+#include "platform/prompts.h"
+#include "shell/dialog_support.h"
+#include "transport/transport_state.h"
+
+namespace shell {
+
+namespace {
+
+constexpr int BarHeights[5] = {130, 130, 35, 123, 103};
+const QColor FaceGray(192, 192, 192);
+const QColor Teal(0, 128, 128);
+
+void paintRaised(QPainter& painter, const QRect& r) {
+  painter.setPen(QColor(255, 255, 255));
+  painter.drawLine(r.topLeft(), r.topRight());
+  painter.drawLine(r.topLeft(), r.bottomLeft());
+  painter.setPen(QColor(128, 128, 128));
+  painter.drawLine(r.bottomLeft(), r.bottomRight());
+  painter.drawLine(r.topRight(), r.bottomRight());
+}
+
+void paintSunkenFrame(QPainter& painter, const QRect& inner) {
+  const QRect r = inner.adjusted(-1, -1, 0, 0);
+  painter.setPen(QColor(128, 128, 128));
+  painter.drawLine(r.topLeft(), r.topRight());
+  painter.drawLine(r.topLeft(), r.bottomLeft());
+  painter.setPen(QColor(255, 255, 255));
+  painter.drawLine(r.bottomLeft(), r.bottomRight());
+  painter.drawLine(r.topRight(), r.bottomRight());
+}
+
+}  // namespace
+
+ControlPanelWindow::ControlPanelWindow(QWidget* parent) : QWidget(parent) {
+  setObjectName(QStringLiteral("ControlPanelWin"));
+  setWindowTitle(QStringLiteral("Control Panel"));
+  ControlPanelOpen = 1;
+  ::ControlPanelWindow = this;
+  createControls();
+  for (const uint32_t id : {1300u, 1301u}) bars_[id]->handleMessage(HBAR_INIT, 100, 0);
+  for (uint32_t i = 0; i < 10; ++i) ControlPanelBars[i] = bars_[1280 + i];
+  RefreshControlPanel(this);
+}
+
+ControlPanelWindow::~ControlPanelWindow() {
+  ControlPanelOpen = 0;
+  for (auto& bar : ControlPanelBars) bar = nullptr;
+  if (platform::MessageLoop* loop = platform::messageLoop()) loop->forget(this);
+}
+
+QLabel* ControlPanelWindow::addNumber(uint32_t id, QRect place, QColor ink) {
+  auto* label = new QLabel(this);
+  label->setObjectName(QString::number(id));
+  label->setGeometry(place);
+  label->setAlignment(Qt::AlignCenter);
+  label->setAutoFillBackground(true);
+  QPalette palette = label->palette();
+  palette.setColor(QPalette::Window, ink == Qt::red ? FaceGray : QColor(255, 255, 255));
+  palette.setColor(QPalette::WindowText, ink);
+  label->setPalette(palette);
+  numbers_[id] = label;
+  return label;
+}
+
+void ControlPanelWindow::createControls() {
+  for (int k = 0; k < 5; ++k) {
+    const int x = 80 * k;
+    const auto id = static_cast<uint32_t>(k);
+    addNumber(1242 + id, QRect(x + 45, 15, 26, 18), Qt::red);
+    addNumber(1231 + 2 * id, QRect(x + 9, 47, 26, 18), Qt::black);
+    addNumber(1232 + 2 * id, QRect(x + 45, 47, 26, 18), Qt::black);
+    for (int lower = 0; lower < 2; ++lower) {
+      const uint32_t barId = 1280 + 2 * id + static_cast<uint32_t>(lower);
+      auto* bar = new Bar(this, this, barId, Bar::Orientation::Vertical, BarHeights[k]);
+      bar->setGeometry(x + 9 + 36 * lower, 75, 26, BarHeights[k]);
+      bar->handleMessage(BAR_SET_COLOR, 0, WordOfColor(Teal));
+      bars_[barId] = bar;
+    }
+  }
+  for (uint32_t channel = 0; channel < 16; ++channel) {
+    const uint32_t id = 201 + channel;
+    auto* button = new Button(this, this, id, Button::Kind::TwoState, Face::Text, QString::number(channel + 1));
+    const int column = static_cast<int>(channel % 2), row = static_cast<int>(channel / 2);
+    button->setGeometry(column == 0 ? 420 : 496, 10 + 19 * row, 36, 12);
+    button->setToolTip(QStringLiteral("Channel %1").arg(channel + 1));
+    buttons_[id] = button;
+  }
+  auto* overlap = new Button(this, this, 350, Button::Kind::TwoState, Face::Text, QStringLiteral("On"));
+  overlap->setGeometry(370, 184, 36, 12);
+  overlap->setToolTip(QStringLiteral("Overlap"));
+  buttons_[350] = overlap;
+  addNumber(1241, QRect(96, 225, 64, 18), Qt::black);
+  addNumber(1247, QRect(96, 249, 64, 18), Qt::black);
+  for (const auto& [id, y] : {std::pair{1300u, 225}, std::pair{1301u, 249}}) {
+    auto* bar = new Bar(this, this, id, Bar::Orientation::Horizontal, 398);
+    bar->setGeometry(167, y, 398, 18);
+    bars_[id] = bar;
+  }
+  auto* settings = new Button(this, this, 404, Button::Kind::Push, Face::Settings, QStringLiteral("Pitch selection"));
+  settings->setGeometry(571, 233, 24, 24);
+  buttons_[404] = settings;
+  const QFont font = QFont(QStringLiteral("DejaVu Sans"), 8);
+  for (QObject* child : children()) {
+    if (auto* widget = qobject_cast<QWidget*>(child)) widget->setFont(font);
+  }
+}
+
+Bar* ControlPanelWindow::bar(uint32_t id) const {
+  const auto found = bars_.find(id);
+  return found != bars_.end() ? found->second : nullptr;
+}
+
+Button* ControlPanelWindow::button(uint32_t id) const {
+  const auto found = buttons_.find(id);
+  return found != buttons_.end() ? found->second : nullptr;
+}
+
+QLabel* ControlPanelWindow::number(uint32_t id) const {
+  const auto found = numbers_.find(id);
+  return found != numbers_.end() ? found->second : nullptr;
+}
+
+void ControlPanelWindow::refresh() {
+  update();  // the first column's title follows the pitch mode
+  for (uint32_t n = 0; n < 16; ++n) buttons_[201 + n]->setDown(ChannelWeights[n] == 1);
+  buttons_[350]->setDown(Overlap == 1);
+  bars_[1300]->handleMessage(HBAR_SET_VALUE, static_cast<uint16_t>(LiveBank.timeControl), 0);
+  bars_[1301]->handleMessage(HBAR_SET_VALUE, FunctionsRate, 0);
+  for (uint32_t i = 0; i < 10; ++i) {
+    const auto d = static_cast<Distribution>(i / 2);
+    const int16_t bound = i % 2 == 0 ? UpperBound(d) : LowerBound(d);
+    bars_[1280 + i]->handleMessage(BAR_SET_VALUE, static_cast<uint16_t>(bound), 0);
+  }
+}
+
+intptr_t ControlPanelWindow::handleMessage(uint32_t msg, uintptr_t param1, uintptr_t) {
+  if (msg == HBAR_GET_COLOR) return static_cast<intptr_t>(WordOfColor(Teal) | 1u << 24);
+  if (msg != WM_COMMAND) return 0;
+  const auto id = static_cast<uint32_t>(param1 & 0xFFFF);
+  const auto code = static_cast<uint32_t>(param1 >> 16 & 0xFFFF);
+  if (id >= 1280 && id <= 1289) {
+    commitBoundBar(id, code);
+  } else if (id == 1300 || id == 1301) {
+    commitHorizontalBar(id, code);
+  } else {
+    command(id, code);
+  }
+  return 0;
+}
+
+void ControlPanelWindow::commitBoundBar(uint32_t id, uint32_t code) {
+  Bar* moved = bars_[id];
+  const uint32_t column = (id - 1280) / 2;
+  if (code == BAR_TRACKING) {
+    numbers_[1242 + column]->setNum(static_cast<int>(moved->handleMessage(BAR_GET_TRACK, 0, 0)));
+    return;
+  }
+  const auto v = static_cast<int16_t>(moved->handleMessage(BAR_GET_VALUE, 0, 0));
+  const uint32_t partner = CommitBoundBar(id, v);
+  if (partner != 0) bars_[partner]->handleMessage(BAR_SET_VALUE, static_cast<uint16_t>(v), 0);
+  numbers_[1231 + (id - 1280)]->setNum(v);
+}
+
+void ControlPanelWindow::commitHorizontalBar(uint32_t id, uint32_t code) {
+  if (code == BAR_TRACKING) return;
+  const auto position = static_cast<uint32_t>(bars_[id]->handleMessage(HBAR_GET_VALUE, 0, 0));
+  if (id == 1300) {
+    CommitTimeControl(position);
+    numbers_[1241]->setNum(static_cast<int>(TimeBase.load()));
+  } else {
+    CommitFunctionsRate(position);
+    numbers_[1247]->setNum(static_cast<int>(MapTimeScale(position)));
+  }
+}
+
+void ControlPanelWindow::command(uint32_t id, uint32_t) {
+  if (id >= 201 && id <= 216) {
+    // The last lit channel cannot be turned off: its button is pressed again.
+    if (!SwitchChannel(id)) buttons_[id]->handleMessage(BUTTON_SET_STATE, 1, 0);
+  } else if (id == 350) {
+    Overlap = Overlap == 1 ? 0 : 1;
+  } else if (id == 404) {
+    PitchSelectionDialog dialog(this);
+    dialog.exec();
+    update();
+  }
+}
+
+void ControlPanelWindow::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.fillRect(rect(), FaceGray);
+  for (int k = 0; k < 5; ++k) paintRaised(painter, QRect(80 * k, 0, 78, 209));
+  paintRaised(painter, QRect(400, 0, std::max(width() - 401, 1), 209));
+  QFont small = font();
+  small.setPointSize(std::max(small.pointSize() - 1, 6));
+  painter.setFont(small);
+  painter.setPen(QColor(0, 0, 0));
+  const QString titles[5] = {IntervalMode != 0 ? QStringLiteral("Intervals") : QStringLiteral("Notes"),
+                             QStringLiteral("Velocity"), QStringLiteral("Voices"), QStringLiteral("Density"),
+                             QStringLiteral("Length")};
+  for (int k = 0; k < 5; ++k) painter.drawText(QPoint(80 * k + 4, 24 - painter.fontMetrics().descent()), titles[k]);
+  for (const auto& [id, label] : numbers_) {
+    if (id < 1242 || id > 1246) paintSunkenFrame(painter, label->geometry());
+  }
+  for (const auto& [id, b] : bars_) paintSunkenFrame(painter, b->geometry());
+  painter.setFont(font());
+  const int descent = painter.fontMetrics().descent();
+  painter.drawText(QPoint(326, 184 + 12 - descent), QStringLiteral("Overlap"));
+  painter.drawText(QPoint(2, 238 - descent), QStringLiteral("Time Control"));
+  painter.drawText(QPoint(2, 262 - descent), QStringLiteral("Functions Rate"));
+}
+
+// ---------------------------------------------------------------------------
+
+PitchSelectionDialog::PitchSelectionDialog(QWidget* parent) : QDialog(parent) {
+  setWindowTitle(QStringLiteral("Pitch Selection Settings"));
+  auto* layout = new QVBoxLayout(this);
+  auto* modeBox = new QGroupBox(QStringLiteral("Pitch selection mode"), this);
+  auto* modeLayout = new QVBoxLayout(modeBox);
+  note_ = new QRadioButton(QStringLiteral("&Note"), modeBox);
+  interval_ = new QRadioButton(QStringLiteral("&Interval"), modeBox);
+  note_->setObjectName(QStringLiteral("104"));
+  interval_->setObjectName(QStringLiteral("103"));
+  modeLayout->addWidget(note_);
+  modeLayout->addWidget(interval_);
+  layout->addWidget(modeBox);
+  auto* intervalBox = new QGroupBox(QStringLiteral("Interval mode settings"), this);
+  auto* form = new QFormLayout(intervalBox);
+  for (const auto& [id, label, value] :
+       {std::tuple{513u, "From note:", FromNote.load()}, std::tuple{101u, "Minimum bound:", IntervalMin.load()},
+        std::tuple{102u, "Maximum Bound:", IntervalMax.load()}}) {
+    auto* edit = NumberField(intervalBox, id, QString::number(value));
+    form->addRow(QString::fromLatin1(label), edit);
+    fields_[id] = edit;
+  }
+  mirror_ = new QCheckBox(QStringLiteral("Mirror"), intervalBox);
+  mirror_->setObjectName(QStringLiteral("105"));
+  form->addRow(mirror_);
+  layout->addWidget(intervalBox);
+  layout->addWidget(OkCancelButtons(this));
+  (IntervalMode == 1 ? interval_ : note_)->setChecked(true);
+  mirror_->setChecked(Mirror != 0);
+}
+
+QLineEdit* PitchSelectionDialog::field(uint32_t id) const {
+  const auto found = fields_.find(id);
+  return found != fields_.end() ? found->second : nullptr;
+}
+
+void PitchSelectionDialog::accept() {
+  PitchSettings settings{interval_->isChecked(), FieldNumber(field(513)->text().toStdString()),
+                         FieldNumber(field(101)->text().toStdString()), FieldNumber(field(102)->text().toStdString()),
+                         mirror_->isChecked()};
+  if (settings.intervalMode) {
+    const PitchSettingsCheck check = CheckPitchSettings(settings);
+    if (!check.ok) {
+      platform::ShowMessageBox(check.message, "Velmora", platform::MB_OK | platform::MB_ICONSTOP);
+      SelectField(field(check.focus));
+      return;
+    }
+  }
+  ApplyPitchSettings(settings);
+  QDialog::accept();
+}
+
+}  // namespace shell

@@ -1,0 +1,191 @@
+#include "shell/control_bar.h"
+
+#include <QApplication>
+#include <QLinearGradient>
+#include <QPainter>
+#include <cstdio>
+
+#include "song/song_store.h"
+#include "transport/live_system.h"
+#include "transport/song_tempo.h"
+#include "transport/transport_commands.h"
+#include "transport/transport_state.h"
+
+namespace shell {
+
+namespace {
+
+struct ButtonPlace {
+  uint32_t id;
+  Button::Kind kind;
+  Face face;
+  int x, y, width, height;
+  const char* tip;
+};
+
+constexpr Button::Kind TwoState = Button::Kind::TwoState;
+constexpr Button::Kind Push = Button::Kind::Push;
+
+// The buttons in their order of creation, where they stand and what they do.
+constexpr ButtonPlace ButtonPlaces[] = {
+    {101, TwoState, Face::Play, 230, 10, 22, 22, "Play"},
+    {100, Push, Face::Stop, 253, 10, 22, 22, "Stop"},
+    {104, TwoState, Face::Record, 276, 10, 22, 22, "Record"},
+    {102, Push, Face::Rewind, 305, 10, 22, 22, "Rewind to the song's start"},
+    {103, Push, Face::End, 328, 10, 22, 22, "Go to the song's end"},
+    {200, TwoState, Face::Generate, 230, 42, 52, 36, "Generator on and off"},
+    {110, TwoState, Face::Link, 289, 42, 36, 36, "Link: Play and Record start the generator"},
+    {105, TwoState, Face::Quantize, 402, 10, 22, 22, "Quantize record"},
+    {109, TwoState, Face::Metronome, 427, 10, 22, 22, "Metronome"},
+    {107, TwoState, Face::MidiSync, 452, 10, 22, 22, "Follow MIDI sync"},
+    {108, TwoState, Face::InternalClock, 477, 10, 22, 22, "Follow the internal clock"},
+    {106, Push, Face::Panic, 158, 43, 40, 36, "Panic: reset notes and controllers"},
+};
+
+struct FieldPlace {
+  uint32_t id;
+  int x, y, width, height;
+  const char* text;
+};
+
+// The fields in their order of creation.
+constexpr FieldPlace FieldPlaces[] = {
+    {1180, 415, 44, 24, 18, "1"},      {1181, 415, 62, 24, 18, "4"},
+    {1175, 463, 53, 63, 18, "120.00"}, {2050, 50, 42, 94, 18, "00001:01:000"},
+    {2051, 50, 62, 94, 18, "00001:01:000"},
+};
+
+void paintPanel(QPainter& painter, const QRect& r, bool sunken) {
+  const QColor light(255, 255, 255), shadow(128, 128, 128);
+  painter.setPen(sunken ? shadow : light);
+  painter.drawLine(r.left(), r.top(), r.right() - 1, r.top());
+  painter.drawLine(r.left(), r.top(), r.left(), r.bottom() - 1);
+  painter.setPen(sunken ? light : shadow);
+  painter.drawLine(r.left(), r.bottom() - 1, r.right() - 1, r.bottom() - 1);
+  painter.drawLine(r.right() - 1, r.top(), r.right() - 1, r.bottom() - 1);
+}
+
+// The program's mark beside the clock buttons.
+void paintMark(QPainter& painter, const QRect& r) {
+  QLinearGradient gradient(r.topLeft(), r.bottomLeft());
+  gradient.setColorAt(0, QColor(0, 96, 96));
+  gradient.setColorAt(1, QColor(0, 150, 140));
+  painter.fillRect(r, gradient);
+  QFont font(QStringLiteral("DejaVu Serif"));
+  font.setPixelSize(22);
+  font.setItalic(true);
+  font.setBold(true);
+  painter.setFont(font);
+  painter.setPen(QColor(240, 230, 150));
+  painter.drawText(r, Qt::AlignCenter, QStringLiteral("Velmora"));
+}
+
+}  // namespace
+
+QString CounterText(uint32_t ticks) {
+  const uint32_t resolution = SongResolution == 0 ? 1 : SongResolution.load();
+  const uint32_t numerator = Numerator == 0 ? 1 : Numerator.load();
+  const auto beats = static_cast<uint16_t>(ticks / resolution);
+  const auto bar = static_cast<uint16_t>(beats / numerator + 1);
+  const auto beat = static_cast<uint16_t>(beats % numerator + 1);
+  char text[32];
+  std::snprintf(text, sizeof text, "%05u:%02u:%03u", static_cast<unsigned>(bar), static_cast<unsigned>(beat),
+                static_cast<unsigned>(ticks % resolution));
+  return QString::fromLatin1(text);
+}
+
+ControlBarWidget::ControlBarWidget(QWidget* parent) : QWidget(parent) {
+  setObjectName(QStringLiteral("ControlBar"));
+  setFixedHeight(Height);
+  setAutoFillBackground(false);
+  createControls();
+  ControlBarWindow = this;
+  ControlBar = this;
+  StartLiveSystem(this);
+}
+
+ControlBarWidget::~ControlBarWidget() {
+  StopLiveSystem();
+  for (const auto& [id, button] : buttons_) SetControlBarControl(id, nullptr);
+  if (ControlBar == this) ControlBar = nullptr;
+  if (ControlBarWindow == this) ControlBarWindow = nullptr;
+  if (platform::MessageLoop* loop = platform::messageLoop()) loop->forget(this);
+}
+
+void ControlBarWidget::createControls() {
+  for (const FieldPlace& place : FieldPlaces) {
+    auto* label = new QLabel(QString::fromLatin1(place.text), this);
+    label->setObjectName(QString::number(place.id));
+    label->setGeometry(place.x, place.y, place.width, place.height);
+    label->setAlignment(Qt::AlignCenter);
+    label->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    label->setAutoFillBackground(true);
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::Window, QColor(255, 255, 255));
+    label->setPalette(palette);
+    fields_[place.id] = label;
+  }
+  for (const ButtonPlace& place : ButtonPlaces) {
+    auto* button = new Button(this, this, place.id, place.kind, place.face, QString::fromLatin1(place.tip));
+    button->setGeometry(place.x, place.y, place.width, place.height);
+    buttons_[place.id] = button;
+    SetControlBarControl(place.id, button);
+  }
+  // The tempo's arrows stand at the right of their field.
+  const QRect tempoField = fields_[1175]->geometry();
+  tempo_ = new UpDown(this, this, 1119, 10, 240);
+  tempo_->setGeometry(tempoField.right() + 1, tempoField.top(), 16, tempoField.height());
+  counter_ = new SegmentCounter(this);
+  counter_->move(8, 8);
+  counter_->setText(CounterText(0));
+}
+
+intptr_t ControlBarWidget::handleMessage(uint32_t msg, uintptr_t param1, uintptr_t param2) {
+  if (msg == WM_VSCROLL) {
+    // The up-down control: every notice but the drag's gives a new tempo.
+    if ((param1 & 0xFFFF) != SB_THUMBTRACK) TempoEntry(static_cast<int32_t>(param1 >> 16 & 0xFFFF));
+    return 0;
+  }
+  return ControlBarMessage(msg, param1, param2);
+}
+
+void ControlBarWidget::setFieldText(uint32_t id, const std::string& text) {
+  if (QLabel* label = field(id)) label->setText(QString::fromStdString(text));
+}
+
+void ControlBarWidget::setTempoPosition(int32_t position) { tempo_->setPosition(position); }
+
+void ControlBarWidget::enableControl(uint32_t id, bool enabled) {
+  if (Button* b = button(id)) b->setEnabled(enabled);
+}
+
+void ControlBarWidget::drawCounter(uint32_t ticks) { counter_->setText(CounterText(ticks)); }
+
+Button* ControlBarWidget::button(uint32_t id) const {
+  const auto found = buttons_.find(id);
+  return found != buttons_.end() ? found->second : nullptr;
+}
+
+QLabel* ControlBarWidget::field(uint32_t id) const {
+  const auto found = fields_.find(id);
+  return found != fields_.end() ? found->second : nullptr;
+}
+
+void ControlBarWidget::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.fillRect(rect(), QColor(192, 192, 192));
+  paintPanel(painter, QRect(QPoint(0, 1), QPoint(208, 83)), false);
+  paintPanel(painter, QRect(QPoint(208, 1), QPoint(387, 83)), false);
+  paintPanel(painter, QRect(QPoint(387, 40), QPoint(width(), 83)), false);
+  paintPanel(painter, QRect(QPoint(387, 1), QPoint(521, 40)), false);
+  painter.fillRect(QRect(QPoint(5, 5), QPoint(201, 37)), QColor(16, 24, 16));
+  paintPanel(painter, QRect(QPoint(4, 4), QPoint(202, 38)), true);
+  paintMark(painter, QRect(521, 1, 150, 39));
+  QFont font = QApplication::font();
+  painter.setFont(font);
+  painter.setPen(QColor(0, 0, 0));
+  painter.drawText(QRect(QPoint(8, 42), QPoint(50, 60)), Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("From"));
+  painter.drawText(QRect(QPoint(8, 62), QPoint(50, 80)), Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("To"));
+}
+
+}  // namespace shell

@@ -1,0 +1,192 @@
+#include "shell/qt_platform.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QSettings>
+#include <QStringList>
+#include <memory>
+
+namespace shell {
+
+// ---------------------------------------------------------------------------
+// The message loop
+
+const QEvent::Type QtMessageLoop::WakeEvent = static_cast<QEvent::Type>(QEvent::registerEventType());
+
+QtMessageLoop::QtMessageLoop(std::size_t capacity) : QueueLoop(capacity) {}
+
+void QtMessageLoop::queued() {
+  // One wake-up event at a time: the loop delivers everything that waits.
+  if (wakePending_.exchange(true)) return;
+  QCoreApplication::postEvent(this, new QEvent(WakeEvent));
+}
+
+bool QtMessageLoop::event(QEvent* event) {
+  if (event->type() != WakeEvent) return QObject::event(event);
+  wakePending_ = false;
+  deliverQueued();
+  return true;
+}
+
+std::size_t QtMessageLoop::deliverQueued() {
+  // What handlers post meanwhile waits for the next wake-up, so a message
+  // that posts itself again cannot hold the UI thread.
+  std::size_t waiting = queuedCount();
+  std::size_t delivered = 0;
+  while (delivered < waiting && deliverOne()) ++delivered;
+  if (queuedCount() > 0) queued();
+  return delivered;
+}
+
+// ---------------------------------------------------------------------------
+// The settings store
+
+namespace {
+
+struct KeyPlace {
+  QString maker;
+  QString product;
+  QString group;
+};
+
+// "Software\NQuillon\Velmora\0.1.0\Settings" as maker, product and group.
+KeyPlace placeOf(const std::string& key) {
+  QStringList parts = QString::fromStdString(key).split(u'\\', Qt::SkipEmptyParts);
+  if (!parts.isEmpty() && parts.front().compare(u"Software", Qt::CaseInsensitive) == 0) parts.pop_front();
+  KeyPlace place;
+  if (!parts.isEmpty()) place.maker = parts.takeFirst();
+  if (!parts.isEmpty()) place.product = parts.takeFirst();
+  place.group = parts.join(u'/');
+  return place;
+}
+
+std::unique_ptr<QSettings> openKey(platform::SettingsLevel level, const std::string& key) {
+  const KeyPlace place = placeOf(key);
+  const auto scope = level == platform::SettingsLevel::User ? QSettings::UserScope : QSettings::SystemScope;
+  auto settings = std::make_unique<QSettings>(QSettings::NativeFormat, scope, place.maker, place.product);
+  settings->setFallbacksEnabled(false);  // the two levels are looked up by the caller
+  if (!place.group.isEmpty()) settings->beginGroup(place.group);
+  return settings;
+}
+
+}  // namespace
+
+bool QtSettingsStore::createKey(platform::SettingsLevel level, const std::string& key) {
+  return openKey(level, key)->isWritable();
+}
+
+bool QtSettingsStore::keyExists(platform::SettingsLevel level, const std::string& key) const {
+  const auto settings = openKey(level, key);
+  return !settings->childKeys().isEmpty() || !settings->childGroups().isEmpty();
+}
+
+std::optional<platform::SettingsValue> QtSettingsStore::query(platform::SettingsLevel level, const std::string& key,
+                                                              const std::string& name) const {
+  const auto settings = openKey(level, key);
+  const QVariant value = settings->value(QString::fromStdString(name));
+  if (!value.isValid()) return std::nullopt;
+  if (value.typeId() == QMetaType::QByteArray) {
+    const QByteArray bytes = value.toByteArray();
+    return platform::SettingsValue::binary(
+        std::span(reinterpret_cast<const uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size())));
+  }
+  return platform::SettingsValue::text(value.toString().toStdString());
+}
+
+bool QtSettingsStore::set(platform::SettingsLevel level, const std::string& key, const std::string& name,
+                          const platform::SettingsValue& value) {
+  const auto settings = openKey(level, key);
+  if (!settings->isWritable()) return false;
+  const QString valueName = QString::fromStdString(name);
+  if (value.type == platform::SettingsType::Binary) {
+    settings->setValue(valueName, QByteArray(reinterpret_cast<const char*>(value.data.data()),
+                                             static_cast<qsizetype>(value.data.size())));
+  } else {
+    settings->setValue(valueName, QString::fromStdString(value.asText()));
+  }
+  settings->sync();
+  return settings->status() == QSettings::NoError;
+}
+
+// ---------------------------------------------------------------------------
+// The prompts
+
+namespace {
+
+QMessageBox::Icon iconOf(uint32_t style) {
+  switch (style & 0xF0) {
+    case platform::MB_ICONSTOP: return QMessageBox::Critical;
+    case platform::MB_ICONQUESTION: return QMessageBox::Question;
+    case platform::MB_ICONEXCLAMATION: return QMessageBox::Warning;
+    case platform::MB_ICONINFORMATION: return QMessageBox::Information;
+    default: return QMessageBox::NoIcon;
+  }
+}
+
+QMessageBox::StandardButtons buttonsOf(uint32_t style) {
+  switch (style & 0x0F) {
+    case 1: return QMessageBox::Ok | QMessageBox::Cancel;
+    case platform::MB_YESNOCANCEL: return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    case platform::MB_YESNO: return QMessageBox::Yes | QMessageBox::No;
+    default: return QMessageBox::Ok;
+  }
+}
+
+int answerOf(int button) {
+  switch (button) {
+    case QMessageBox::Yes: return platform::IDYES;
+    case QMessageBox::No: return platform::IDNO;
+    case QMessageBox::Cancel: return platform::IDCANCEL;
+    default: return platform::IDOK;
+  }
+}
+
+std::optional<std::string> chooseFile(const platform::FileDialog& dialog, bool save) {
+  QFileDialog chooser(QApplication::activeWindow(), QString::fromStdString(dialog.title),
+                      QString::fromStdString(dialog.initialDirectory), FileDialogFilter(dialog));
+  chooser.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  // Saving may always name a new file; the must-exist flag then bears on its folder only.
+  chooser.setFileMode(save || !dialog.mustExist ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  if (!dialog.defaultExtension.empty()) chooser.setDefaultSuffix(QString::fromStdString(dialog.defaultExtension));
+  if (!dialog.askToOverwrite) chooser.setOption(QFileDialog::DontConfirmOverwrite);
+  if (chooser.exec() != QDialog::Accepted || chooser.selectedFiles().isEmpty()) return std::nullopt;
+  return chooser.selectedFiles().front().toStdString();
+}
+
+}  // namespace
+
+QString FileDialogFilter(const platform::FileDialog& dialog) {
+  QStringList filters;
+  for (const platform::FileFilter& filter : dialog.filters) {
+    // The label names its patterns itself ("Velmora Files(*.vlm)"); Qt wants them once, after a blank.
+    QString label = QString::fromStdString(filter.label);
+    if (const auto open = label.lastIndexOf(u'('); open > 0 && label.endsWith(u')')) label = label.left(open).trimmed();
+    QString pattern = QString::fromStdString(filter.pattern);
+    pattern.replace(u';', u' ');
+    if (pattern == QStringLiteral("*.*")) pattern = QStringLiteral("*");  // every file, with a dot or not
+    filters << QStringLiteral("%1 (%2)").arg(label, pattern);
+  }
+  return filters.join(QStringLiteral(";;"));
+}
+
+int QtPrompts::messageBox(const std::string& text, const std::string& title, uint32_t style) {
+  QMessageBox box(iconOf(style), QString::fromStdString(title), QString::fromStdString(text), buttonsOf(style),
+                  QApplication::activeWindow());
+  return answerOf(box.exec());
+}
+
+std::optional<std::string> QtPrompts::openFileName(const platform::FileDialog& dialog) {
+  return chooseFile(dialog, false);
+}
+
+std::optional<std::string> QtPrompts::saveFileName(const platform::FileDialog& dialog) {
+  return chooseFile(dialog, true);
+}
+
+void QtPrompts::beginWaitCursor() { QApplication::setOverrideCursor(QCursor(Qt::WaitCursor)); }
+
+void QtPrompts::endWaitCursor() { QApplication::restoreOverrideCursor(); }
+
+}  // namespace shell

@@ -1,0 +1,88 @@
+#pragma once
+// A bench for the window tests: Velmora started in this process on the Qt
+// message loop, with the virtual timer, loopback devices, settings in memory
+// and scripted answers to every prompt.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QTest>
+#include <memory>
+
+#include "midi/backends/loopback.h"
+#include "platform/prompts.h"
+#include "platform/settings_store.h"
+#include "platform/timers.h"
+#include "shell/application.h"
+#include "shell/control_bar.h"
+#include "shell/qt_platform.h"
+#include "transport/product_info.h"
+#include "transport/transport_state.h"
+
+class ShellBench : public ::testing::Test {
+ protected:
+  // outputs and inputs: how many loopback devices the machine has.
+  void install(uint32_t outputs = 1, uint32_t inputs = 1) {
+    devices = std::make_unique<LoopbackDevices>(outputs, inputs);
+    platform::installMessageLoop(&loop);
+    platform::installTimers(&timers);
+    platform::installMidiDevices(devices.get());
+    platform::installSettingsStore(&settings);
+    platform::installPrompts(&prompts);
+  }
+
+  // Velmora as the program starts it, without the splash.
+  void start() {
+    install();
+    frame = shell::StartVelmora({.splash = false, .maximized = false});
+    ASSERT_NE(frame, nullptr);
+    deliver();
+  }
+
+  void TearDown() override {
+    if (frame) {
+      frame->hide();
+      frame.reset();
+    }
+    deliver();
+    platform::installPrompts(nullptr);
+    platform::installSettingsStore(nullptr);
+    platform::installMidiDevices(nullptr);
+    platform::installTimers(nullptr);
+    platform::installMessageLoop(nullptr);
+  }
+
+  // Delivers what waits on the message loop and in Qt's queue.
+  void deliver() {
+    for (int i = 0; i < 4; ++i) {
+      QApplication::processEvents();
+      loop.deliverQueued();
+    }
+  }
+
+  // n passes of the clock, each followed by what they posted.
+  void passes(int n) {
+    for (int i = 0; i < n; ++i) {
+      timers.step();
+      loop.deliverQueued();
+    }
+    deliver();
+  }
+
+  shell::ControlBarWidget& bar() { return *frame->controlBar(); }
+  void click(uint32_t buttonId) {
+    shell::Button* button = bar().button(buttonId);
+    ASSERT_NE(button, nullptr);
+    QTest::mouseClick(button, Qt::LeftButton);
+    deliver();
+  }
+  bool menuEnabled(uint32_t id) { return frame->menuAction(id)->isEnabled(); }
+
+  std::string settingsKey() const { return "Software\\NQuillon\\" + ProductName() + "\\" + ProductVersion() + "\\Settings"; }
+
+  shell::QtMessageLoop loop;
+  platform::VirtualTimers timers;
+  std::unique_ptr<LoopbackDevices> devices;
+  platform::MemorySettingsStore settings;
+  platform::ScriptedPrompts prompts;
+  std::unique_ptr<shell::MainFrame> frame;
+};
