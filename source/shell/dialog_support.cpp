@@ -12,6 +12,8 @@ QLineEdit* NumberField(QWidget* parent, uint32_t id, const QString& text) {
   auto* field = new QLineEdit(text, parent);
   field->setObjectName(QString::number(id));
   field->setModified(false);
+  // Wide enough for a time as measure:beat:tick, and no wider.
+  field->setMaximumWidth(field->fontMetrics().horizontalAdvance(QStringLiteral("00000:00:000")) + 24);
   return field;
 }
 

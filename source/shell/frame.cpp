@@ -497,7 +497,7 @@ void MainFrame::command(uint32_t id) {
     case 24364: arrangeIcons(); return;
     case 24365: closeAllMdiChildren(); return;
     case 1202: OpenManual(QString()); return;
-    case 1203: OpenManual(QStringLiteral("using-help")); return;
+    case 1203: OpenManual(QString::fromLatin1(ManualUsingHelp)); return;
     case 2009: {
       AboutDialog about(this);
       about.exec();

@@ -113,9 +113,13 @@ void ControlPanelWindow::createControls() {
   auto* settings = new Button(this, this, 404, Button::Kind::Push, Face::Settings, QStringLiteral("Pitch selection"));
   settings->setGeometry(571, 233, 24, 24);
   buttons_[404] = settings;
-  const QFont font = QFont(QStringLiteral("DejaVu Sans"), 8);
+  QFont numbers = font();
+  numbers.setPixelSize(11);
+  QFont buttonFont = numbers;
+  buttonFont.setPixelSize(9);
   for (QObject* child : children()) {
-    if (auto* widget = qobject_cast<QWidget*>(child)) widget->setFont(font);
+    auto* widget = qobject_cast<QWidget*>(child);
+    if (widget != nullptr) widget->setFont(dynamic_cast<Button*>(widget) != nullptr ? buttonFont : numbers);
   }
 }
 
@@ -217,9 +221,11 @@ void ControlPanelWindow::paintEvent(QPaintEvent*) {
     if (id < 1242 || id > 1246) paintSunkenFrame(painter, label->geometry());
   }
   for (const auto& [id, b] : bars_) paintSunkenFrame(painter, b->geometry());
+  painter.setPen(QColor(0, 0, 0));
+  painter.setFont(small);
+  painter.drawText(QRect(322, 182, 46, 16), Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("Overlap"));
   painter.setFont(font());
   const int descent = painter.fontMetrics().descent();
-  painter.drawText(QPoint(326, 184 + 12 - descent), QStringLiteral("Overlap"));
   painter.drawText(QPoint(2, 238 - descent), QStringLiteral("Time Control"));
   painter.drawText(QPoint(2, 262 - descent), QStringLiteral("Functions Rate"));
 }
