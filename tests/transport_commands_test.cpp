@@ -272,3 +272,13 @@ TEST_F(Transport, TheControlBarTakesItsMessagesThroughItsWindow) {
 }
 
 }  // namespace
+
+TEST(ControlBarControls, ClearingButtonsOneAfterAnotherLeavesNoneStanding) {
+  RecordingButton play, stop;
+  SetControlBarControl(CMD_STOP, &stop);
+  SetControlBarControl(CMD_PLAY, &play);
+  SetControlBarControl(CMD_STOP, nullptr);
+  SetControlBarControl(CMD_PLAY, nullptr);
+  EXPECT_EQ(ControlBarControl(CMD_STOP), nullptr);
+  EXPECT_EQ(ControlBarControl(CMD_PLAY), nullptr) << "a control gone is never addressed again";
+}

@@ -29,8 +29,15 @@ platform::MessageTarget* ControlBarControl(uint32_t id) {
 }
 
 void SetControlBarControl(uint32_t id, platform::MessageTarget* control) {
+  // The control's own entry first: an empty one met earlier must not leave it standing.
   for (auto& entry : controls) {
-    if (entry.first == id || entry.second == nullptr) {
+    if (entry.first == id) {
+      entry.second = control;
+      return;
+    }
+  }
+  for (auto& entry : controls) {
+    if (entry.second == nullptr) {
       entry = {id, control};
       return;
     }
