@@ -355,7 +355,7 @@ void MainFrame::checkMenuItem(uint32_t id, bool checked) {
 void MainFrame::setCommandEnabled(uint32_t id, bool enabled, bool alsoToolbar) {
   if (QAction* action = menuAction(id)) action->setEnabled(enabled && !NotYetAvailable(id));
   if (!alsoToolbar) return;
-  if (QAction* tool = toolAction(id)) tool->setEnabled(enabled);
+  if (QAction* tool = toolAction(id)) tool->setEnabled(enabled && !NotYetAvailable(id));
 }
 
 void MainFrame::updateCommandStates() {

@@ -12,6 +12,25 @@ namespace {
 
 class Frame : public ShellBench {};
 
+TEST(GrayRules, CopyCutAndTheEditsNeedASelectedTrackWhileIdle) {
+  Playing = 0;
+  Recording = 0;
+  SelectedTrackCount = 0;
+  for (const uint32_t id : {1186u, 1187u, 1609u, 1614u, 1613u, 1612u, 1611u}) {
+    EXPECT_EQ(shell::CommandAllowed(id), false) << id;
+  }
+  SelectedTrackCount = 1;
+  for (const uint32_t id : {1186u, 1187u, 1609u, 1614u, 1613u, 1612u, 1611u}) {
+    EXPECT_EQ(shell::CommandAllowed(id), true) << id;
+  }
+  Playing = 1;
+  EXPECT_EQ(shell::CommandAllowed(1186), false);
+  EXPECT_EQ(shell::CommandAllowed(1606), std::nullopt) << "Tempo is never grayed";
+  EXPECT_EQ(shell::CommandAllowed(1188), false) << "Paste needs a filled buffer";
+  Playing = 0;
+  SelectedTrackCount = 0;
+}
+
 TEST_F(Frame, TheMenuBarHoldsTheMenusInTheirOrder) {
   start();
   QStringList titles;
