@@ -57,7 +57,11 @@ bool AllBlack(const QImage& image) {
 // that cannot read the screen give no picture, or an all-black one (offscreen,
 // the root window under XWayland).
 QImage CaptureDesktop(QScreen* screen) {
-  QImage image = screen->grabWindow(0).toImage().convertToFormat(QImage::Format_RGB32);
+  // Platforms without a desktop of their own to read give no picture, or whatever their buffers hold.
+  const QString platform = QGuiApplication::platformName();
+  const bool readable = platform != QStringLiteral("offscreen") && platform != QStringLiteral("minimal") &&
+                        !platform.startsWith(QStringLiteral("wayland"));
+  QImage image = readable ? screen->grabWindow(0).toImage().convertToFormat(QImage::Format_RGB32) : QImage();
   const QSize logical = screen->geometry().size();
   if (image.isNull() || image.width() < logical.width() || image.height() < logical.height() || AllBlack(image)) {
     const qreal ratio = screen->devicePixelRatio();
