@@ -55,16 +55,6 @@ constexpr FieldPlace FieldPlaces[] = {
     {2051, 50, 62, 94, 18, "00001:01:000"},
 };
 
-void paintPanel(QPainter& painter, const QRect& r, bool sunken) {
-  const QColor light(255, 255, 255), shadow(128, 128, 128);
-  painter.setPen(sunken ? shadow : light);
-  painter.drawLine(r.left(), r.top(), r.right() - 1, r.top());
-  painter.drawLine(r.left(), r.top(), r.left(), r.bottom() - 1);
-  painter.setPen(sunken ? light : shadow);
-  painter.drawLine(r.left(), r.bottom() - 1, r.right() - 1, r.bottom() - 1);
-  painter.drawLine(r.right() - 1, r.top(), r.right() - 1, r.bottom() - 1);
-}
-
 // The program's mark beside the clock buttons.
 void paintMark(QPainter& painter, const QRect& r) {
   QLinearGradient gradient(r.topLeft(), r.bottomLeft());
@@ -161,25 +151,19 @@ void ControlBarWidget::enableControl(uint32_t id, bool enabled) {
 
 void ControlBarWidget::drawCounter(uint32_t ticks) { counter_->setText(CounterText(ticks)); }
 
-Button* ControlBarWidget::button(uint32_t id) const {
-  const auto found = buttons_.find(id);
-  return found != buttons_.end() ? found->second : nullptr;
-}
+Button* ControlBarWidget::button(uint32_t id) const { return FindById(buttons_, id); }
 
-QLabel* ControlBarWidget::field(uint32_t id) const {
-  const auto found = fields_.find(id);
-  return found != fields_.end() ? found->second : nullptr;
-}
+QLabel* ControlBarWidget::field(uint32_t id) const { return FindById(fields_, id); }
 
 void ControlBarWidget::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.fillRect(rect(), QColor(192, 192, 192));
-  paintPanel(painter, QRect(QPoint(0, 1), QPoint(208, 83)), false);
-  paintPanel(painter, QRect(QPoint(208, 1), QPoint(387, 83)), false);
-  paintPanel(painter, QRect(QPoint(387, 40), QPoint(width(), 83)), false);
-  paintPanel(painter, QRect(QPoint(387, 1), QPoint(521, 40)), false);
+  PaintEdge(painter, QRect(QPoint(0, 1), QPoint(208, 83)), false);
+  PaintEdge(painter, QRect(QPoint(208, 1), QPoint(387, 83)), false);
+  PaintEdge(painter, QRect(QPoint(387, 40), QPoint(width(), 83)), false);
+  PaintEdge(painter, QRect(QPoint(387, 1), QPoint(521, 40)), false);
   painter.fillRect(QRect(QPoint(5, 5), QPoint(201, 37)), QColor(16, 24, 16));
-  paintPanel(painter, QRect(QPoint(4, 4), QPoint(202, 38)), true);
+  PaintEdge(painter, QRect(QPoint(4, 4), QPoint(202, 38)), true);
   paintMark(painter, QRect(521, 1, 150, 39));
   QFont font = QApplication::font();
   painter.setFont(font);

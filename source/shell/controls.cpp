@@ -39,10 +39,7 @@ void Control::report(uint32_t code) {
 
 // ---------------------------------------------------------------------------
 
-namespace {
-
-// A raised or sunken 3-D edge, as the buttons and wells of the bar have.
-void paintEdge(QPainter& painter, const QRect& r, bool sunken) {
+void PaintEdge(QPainter& painter, const QRect& r, bool sunken) {
   const QColor light(255, 255, 255), shadow(128, 128, 128), dark(64, 64, 64);
   painter.setPen(sunken ? shadow : light);
   painter.drawLine(r.topLeft(), r.topRight());
@@ -51,8 +48,6 @@ void paintEdge(QPainter& painter, const QRect& r, bool sunken) {
   painter.drawLine(r.bottomLeft(), r.bottomRight());
   painter.drawLine(r.topRight(), r.bottomRight());
 }
-
-}  // namespace
 
 Button::Button(QWidget* parent, platform::MessageTarget* host, uint32_t id, Kind kind, Face face, QString text)
     : Control(parent, host, id), kind_(kind), face_(face), text_(std::move(text)) {
@@ -115,13 +110,14 @@ void Button::paintEvent(QPaintEvent*) {
   const bool pressed = down_ || held_;
   const QRect r = rect().adjusted(0, 0, -1, -1);
   painter.fillRect(rect(), pressed ? QColor(176, 176, 176) : QColor(212, 212, 212));
-  paintEdge(painter, r, pressed);
+  PaintEdge(painter, r, pressed);
   if (hasFocus()) {
     painter.setPen(QPen(QColor(0, 0, 0), 1, Qt::DotLine));
     painter.drawRect(r.adjusted(2, 2, -2, -2));
   }
   const QColor ink = isEnabled() ? QColor(0, 0, 0) : QColor(150, 150, 150);
-  const QRectF box = QRectF(rect()).adjusted(3, 3, -3, -3).translated(pressed ? 1 : 0, pressed ? 1 : 0);
+  const double inset = height() < 16 ? 1 : 3;  // the channel buttons are 12 high
+  const QRectF box = QRectF(rect()).adjusted(inset, inset, -inset, -inset).translated(pressed ? 1 : 0, pressed ? 1 : 0);
   if (face_ == Face::Text) {
     painter.setPen(ink);
     painter.drawText(box, Qt::AlignCenter, text_);
@@ -234,7 +230,7 @@ void Bar::paintEvent(QPaintEvent*) {
     painter.setPen(color.darker(150));
     painter.drawLine(shown + 1, 1, shown + 1, r.height() - 2);
   }
-  paintEdge(painter, r.adjusted(0, 0, -1, -1), true);
+  PaintEdge(painter, r.adjusted(0, 0, -1, -1), true);
 }
 
 // ---------------------------------------------------------------------------
@@ -275,7 +271,7 @@ void UpDown::paintEvent(QPaintEvent*) {
   for (int i = 0; i < 2; ++i) {
     const QRect r(0, i * half, width() - 1, half - 1 + (i == 1 ? height() % 2 : 0));
     painter.fillRect(r, QColor(212, 212, 212));
-    paintEdge(painter, r, false);
+    PaintEdge(painter, r, false);
     painter.setRenderHint(QPainter::Antialiasing, true);
     painter.setPen(Qt::NoPen);
     painter.setBrush(isEnabled() ? QColor(0, 0, 0) : QColor(150, 150, 150));

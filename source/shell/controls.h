@@ -158,6 +158,16 @@ class SegmentCounter : public QWidget {
   QString text_;
 };
 
+// A raised or sunken edge around a rectangle, in the platform's 3-D look.
+void PaintEdge(QPainter& painter, const QRect& r, bool sunken);
+
+// A control kept in a map by its id, or null.
+template <typename Map>
+typename Map::mapped_type FindById(const Map& controls, uint32_t id) {
+  const auto found = controls.find(id);
+  return found != controls.end() ? found->second : nullptr;
+}
+
 // Draws a face in a square, in the pen's colour, for buttons and the toolbar.
 void PaintFace(QPainter& painter, Face face, const QRectF& box, const QColor& ink);
 

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include "shell/controls.h"
 #include "song/song_store.h"
 #include "transport/field_checks.h"
 #include "transport/settings_dialogs.h"
@@ -229,10 +230,7 @@ MetronomeDialog::MetronomeDialog(QWidget* parent) : CenteredDialog(parent, QStri
   layout->addWidget(OkCancelButtons(this));
 }
 
-QLineEdit* MetronomeDialog::field(uint32_t id) const {
-  const auto found = fields_.find(id);
-  return found != fields_.end() ? found->second : nullptr;
-}
+QLineEdit* MetronomeDialog::field(uint32_t id) const { return FindById(fields_, id); }
 
 void MetronomeDialog::accept() {
   std::array<std::string, 8> texts;

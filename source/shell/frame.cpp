@@ -16,6 +16,7 @@
 #include "generator/windows/control_panel_window.h"
 #include "shell/about_dialog.h"
 #include "shell/control_bar.h"
+#include "shell/controls.h"
 #include "shell/dialogs.h"
 #include "shell/help.h"
 #include "song/song_files.h"
@@ -336,15 +337,9 @@ void MainFrame::createToolbar() {
   }
 }
 
-QAction* MainFrame::menuAction(uint32_t id) const {
-  const auto found = actions_.find(id);
-  return found != actions_.end() ? found->second : nullptr;
-}
+QAction* MainFrame::menuAction(uint32_t id) const { return FindById(actions_, id); }
 
-QAction* MainFrame::toolAction(uint32_t id) const {
-  const auto found = tools_.find(id);
-  return found != tools_.end() ? found->second : nullptr;
-}
+QAction* MainFrame::toolAction(uint32_t id) const { return FindById(tools_, id); }
 
 void MainFrame::setTitle(const std::string& title) { setWindowTitle(QString::fromStdString(title)); }
 

@@ -100,21 +100,6 @@ void moveSongPosition(uint32_t p) {
   if (ControlBar != nullptr) ControlBar->drawCounter(p);
 }
 
-// The first event of the first active track, then by min (start) or max
-// (end) the first or last event of every further song track.
-uint32_t songBound(bool end) {
-  if (ActiveTrackCount <= 0) return 0;
-  const TrackRecord& first = Tracks[ActiveTracks[0]];
-  uint32_t bound = first.count != 0 ? first.events[0].time : 0;
-  for (int32_t i = 1; i < ActiveTrackCount; ++i) {
-    const uint32_t number = ActiveTracks[static_cast<std::size_t>(i)];
-    const TrackRecord& t = Tracks[number];
-    if (number == TempoTrack || t.count == 0) continue;
-    bound = end ? std::max(bound, t.events[t.count - 1].time) : std::min(bound, t.events[0].time);
-  }
-  return bound;
-}
-
 // A click: a note-on of the key and velocity on the channel, counted from 1.
 uint32_t clickMessage(const std::string& channel, const std::string& key, const std::string& velocity) {
   const auto byte = [](int32_t value) { return static_cast<uint32_t>(value) & 0xFF; };
@@ -284,10 +269,6 @@ void ApplyGoToDialog(const std::string& text, bool edited) {
 }
 
 // ---- Select and Goto commands ----
-
-uint32_t SongStart() { return songBound(false); }
-
-uint32_t SongEnd() { return songBound(true); }
 
 void SelectFromNow() { moveBoundTo(true, ClockNow()); }
 

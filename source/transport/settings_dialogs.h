@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "transport/transport_commands.h"  // SongStart, SongEnd
+
 // ---- Settings held as text, exactly as typed after trimming ----
 
 extern std::string NumeratorText;    // dialog 115, field 2102
@@ -112,12 +114,6 @@ void ApplyGoToDialog(const std::string& text, bool edited);
 
 // ---- Select (1190 to 1193) and Goto (1194, 1195) menu commands ----
 
-// The song's start: the first event of the first active track, or the first
-// of any further song track, whichever is earlier. Its end: the first event
-// of the first active track, or the last of any further song track, whichever
-// is later. 0 for a song without tracks.
-uint32_t SongStart();
-uint32_t SongEnd();
 // A bound takes a time; the other follows if they would cross, and the
 // Control Bar's fields show both.
 void SelectFromNow();

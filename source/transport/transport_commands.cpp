@@ -117,19 +117,26 @@ void stopForGenerator() {
 
 // The end of the song: the first event of the first listed track, or the
 // last event of any further song track, whichever is later.
-uint32_t songEnd() {
+// The first event of the first active track, then by min (start) or max
+// (end) the first or last event of every further song track.
+uint32_t songBound(bool end) {
   if (ActiveTrackCount <= 0) return 0;
   const TrackRecord& first = Tracks[ActiveTracks[0]];
-  uint32_t end = first.count != 0 ? first.events[0].time : 0;
+  uint32_t bound = first.count != 0 ? first.events[0].time : 0;
   for (int32_t i = 1; i < ActiveTrackCount; ++i) {
     const uint32_t number = ActiveTracks[static_cast<std::size_t>(i)];
     const TrackRecord& t = Tracks[number];
-    if (number != TempoTrack && t.count != 0) end = std::max(end, t.events[t.count - 1].time);
+    if (number == TempoTrack || t.count == 0) continue;
+    bound = end ? std::max(bound, t.events[t.count - 1].time) : std::min(bound, t.events[0].time);
   }
-  return end;
+  return bound;
 }
 
 }  // namespace
+
+uint32_t SongStart() { return songBound(false); }
+
+uint32_t SongEnd() { return songBound(true); }
 
 void PlayCommand() {
   stopForGenerator();
@@ -244,7 +251,7 @@ void RewindCommand() {
 void GoToEndCommand() {
   if (Generating == 1) return;
   if (Playing == 1 || Capturing == 1) TransportCommand(CMD_STOP);
-  const uint32_t end = songEnd();
+  const uint32_t end = SongEnd();
   SongPosition = end;
   PlaceClock(TheClock, end);
   if (ControlBar != nullptr) ControlBar->drawCounter(end);

@@ -32,6 +32,12 @@ void LinkCommand();
 // Panic (106): every note and the common controllers back to rest.
 void PanicCommand();
 void RewindCommand();
+// The song's start: the first event of the first active track, or the first
+// of any further song track, whichever is earlier. Its end: the first event
+// of the first active track, or the last of any further song track, whichever
+// is later. 0 for a song without tracks.
+uint32_t SongStart();
+uint32_t SongEnd();
 void GoToEndCommand();
 // NM_SYNC_TICK: the song has run out when the output's ring is empty while
 // playing (Stop, then Rewind); otherwise the counter shows the clock's time.

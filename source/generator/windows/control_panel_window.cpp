@@ -24,25 +24,6 @@ constexpr int BarHeights[5] = {130, 130, 35, 123, 103};
 const QColor FaceGray(192, 192, 192);
 const QColor Teal(0, 128, 128);
 
-void paintRaised(QPainter& painter, const QRect& r) {
-  painter.setPen(QColor(255, 255, 255));
-  painter.drawLine(r.topLeft(), r.topRight());
-  painter.drawLine(r.topLeft(), r.bottomLeft());
-  painter.setPen(QColor(128, 128, 128));
-  painter.drawLine(r.bottomLeft(), r.bottomRight());
-  painter.drawLine(r.topRight(), r.bottomRight());
-}
-
-void paintSunkenFrame(QPainter& painter, const QRect& inner) {
-  const QRect r = inner.adjusted(-1, -1, 0, 0);
-  painter.setPen(QColor(128, 128, 128));
-  painter.drawLine(r.topLeft(), r.topRight());
-  painter.drawLine(r.topLeft(), r.bottomLeft());
-  painter.setPen(QColor(255, 255, 255));
-  painter.drawLine(r.bottomLeft(), r.bottomRight());
-  painter.drawLine(r.topRight(), r.bottomRight());
-}
-
 }  // namespace
 
 ControlPanelWindow::ControlPanelWindow(QWidget* parent) : QWidget(parent) {
@@ -123,20 +104,11 @@ void ControlPanelWindow::createControls() {
   }
 }
 
-Bar* ControlPanelWindow::bar(uint32_t id) const {
-  const auto found = bars_.find(id);
-  return found != bars_.end() ? found->second : nullptr;
-}
+Bar* ControlPanelWindow::bar(uint32_t id) const { return FindById(bars_, id); }
 
-Button* ControlPanelWindow::button(uint32_t id) const {
-  const auto found = buttons_.find(id);
-  return found != buttons_.end() ? found->second : nullptr;
-}
+Button* ControlPanelWindow::button(uint32_t id) const { return FindById(buttons_, id); }
 
-QLabel* ControlPanelWindow::number(uint32_t id) const {
-  const auto found = numbers_.find(id);
-  return found != numbers_.end() ? found->second : nullptr;
-}
+QLabel* ControlPanelWindow::number(uint32_t id) const { return FindById(numbers_, id); }
 
 void ControlPanelWindow::refresh() {
   update();  // the first column's title follows the pitch mode
@@ -207,8 +179,8 @@ void ControlPanelWindow::command(uint32_t id, uint32_t) {
 void ControlPanelWindow::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.fillRect(rect(), FaceGray);
-  for (int k = 0; k < 5; ++k) paintRaised(painter, QRect(80 * k, 0, 78, 209));
-  paintRaised(painter, QRect(400, 0, std::max(width() - 401, 1), 209));
+  for (int k = 0; k < 5; ++k) PaintEdge(painter, QRect(80 * k, 0, 78, 209), false);
+  PaintEdge(painter, QRect(400, 0, std::max(width() - 401, 1), 209), false);
   QFont small = font();
   small.setPointSize(std::max(small.pointSize() - 1, 6));
   painter.setFont(small);
@@ -218,9 +190,9 @@ void ControlPanelWindow::paintEvent(QPaintEvent*) {
                              QStringLiteral("Length")};
   for (int k = 0; k < 5; ++k) painter.drawText(QPoint(80 * k + 4, 24 - painter.fontMetrics().descent()), titles[k]);
   for (const auto& [id, label] : numbers_) {
-    if (id < 1242 || id > 1246) paintSunkenFrame(painter, label->geometry());
+    if (id < 1242 || id > 1246) PaintEdge(painter, label->geometry().adjusted(-1, -1, 0, 0), true);
   }
-  for (const auto& [id, b] : bars_) paintSunkenFrame(painter, b->geometry());
+  for (const auto& [id, b] : bars_) PaintEdge(painter, b->geometry().adjusted(-1, -1, 0, 0), true);
   painter.setPen(QColor(0, 0, 0));
   painter.setFont(small);
   painter.drawText(QRect(322, 182, 46, 16), Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("Overlap"));
@@ -262,10 +234,7 @@ PitchSelectionDialog::PitchSelectionDialog(QWidget* parent) : QDialog(parent) {
   mirror_->setChecked(Mirror != 0);
 }
 
-QLineEdit* PitchSelectionDialog::field(uint32_t id) const {
-  const auto found = fields_.find(id);
-  return found != fields_.end() ? found->second : nullptr;
-}
+QLineEdit* PitchSelectionDialog::field(uint32_t id) const { return FindById(fields_, id); }
 
 void PitchSelectionDialog::accept() {
   PitchSettings settings{interval_->isChecked(), FieldNumber(field(513)->text().toStdString()),
