@@ -27,6 +27,8 @@ class QtMessageLoop final : public QObject, public platform::QueueLoop {
   std::size_t deliverQueued();
   // Releases waiting sends and refuses new ones: the program goes down.
   void close() { shutDown(); }
+  // How many messages wait for the UI thread.
+  std::size_t waiting() const { return queuedCount(); }
 
  protected:
   void queued() override;

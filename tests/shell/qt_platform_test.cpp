@@ -1,0 +1,101 @@
+// The Qt seams: the message loop on the UI thread, the settings on QSettings,
+// the file dialogs' filters.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <atomic>
+#include <thread>
+
+#include "shell/qt_platform.h"
+
+namespace {
+
+class CountingTarget final : public platform::MessageTarget {
+ public:
+  intptr_t handleMessage(uint32_t msg, uintptr_t param1, uintptr_t) override {
+    onUiThread = onUiThread && std::this_thread::get_id() == ui;
+    last = msg;
+    ++count;
+    return static_cast<intptr_t>(param1 + 1);
+  }
+  std::thread::id ui = std::this_thread::get_id();
+  std::atomic<int> count{0};
+  std::atomic<uint32_t> last{0};
+  std::atomic<bool> onUiThread{true};
+};
+
+TEST(QtMessageLoop, APostFromAnotherThreadIsDeliveredOnTheUiThreadInOrder) {
+  shell::QtMessageLoop loop;
+  CountingTarget target;
+  std::thread poster([&] {
+    for (uint32_t i = 0; i < 100; ++i) loop.post(&target, 20822, i, 0);
+  });
+  poster.join();
+  EXPECT_EQ(target.count, 0) << "nothing runs on the posting thread";
+  QApplication::processEvents();
+  EXPECT_EQ(target.count, 100);
+  EXPECT_TRUE(target.onUiThread);
+}
+
+TEST(QtMessageLoop, ASendFromAnotherThreadWaitsForTheUiThreadsAnswer) {
+  shell::QtMessageLoop loop;
+  CountingTarget target;
+  std::atomic<intptr_t> answer{0};
+  std::thread sender([&] { answer = loop.send(&target, 963, 41, 0); });
+  while (target.count == 0) QApplication::processEvents(QEventLoop::AllEvents, 10);
+  sender.join();
+  EXPECT_EQ(answer, 42);
+  EXPECT_TRUE(target.onUiThread);
+}
+
+TEST(QtMessageLoop, ASendWaitingWhenTheLoopClosesIsReleasedWithZero) {
+  shell::QtMessageLoop loop;
+  CountingTarget target;
+  std::atomic<intptr_t> answer{-1};
+  std::thread sender([&] { answer = loop.send(&target, 963, 41, 0); });
+  while (loop.waiting() == 0) std::this_thread::yield();
+  loop.close();
+  sender.join();
+  EXPECT_EQ(answer, 0);
+  EXPECT_EQ(target.count, 0);
+}
+
+class QtSettings : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(user.isValid() && machine.isValid());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, user.path());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope, machine.path());
+  }
+  QTemporaryDir user, machine;
+  shell::QtSettingsStore store;
+  const std::string key = "Software\\NQuillon\\Velmora\\0.1.0\\Settings";
+};
+
+TEST_F(QtSettings, BinaryAndTextValuesComeBackAsTheyWereWrittenAtEachLevel) {
+  using platform::SettingsLevel;
+  using platform::SettingsValue;
+  EXPECT_FALSE(store.query(SettingsLevel::User, key, "Numerator").has_value());
+  ASSERT_TRUE(store.set(SettingsLevel::User, key, "Numerator", SettingsValue::word(3)));
+  ASSERT_TRUE(store.set(SettingsLevel::Machine, key, "Numerator", SettingsValue::word(7)));
+  ASSERT_TRUE(store.set(SettingsLevel::User, key, "Key first beat", SettingsValue::byte(42)));
+  ASSERT_TRUE(store.set(SettingsLevel::User, key, "Midi Files Dir", SettingsValue::text("/home/me/songs")));
+  EXPECT_EQ(store.query(SettingsLevel::User, key, "Numerator"), SettingsValue::word(3));
+  EXPECT_EQ(store.query(SettingsLevel::Machine, key, "Numerator"), SettingsValue::word(7));
+  EXPECT_EQ(store.query(SettingsLevel::User, key, "Key first beat"), SettingsValue::byte(42));
+  EXPECT_EQ(store.query(SettingsLevel::User, key, "Midi Files Dir"), SettingsValue::text("/home/me/songs"));
+  EXPECT_FALSE(store.query(SettingsLevel::Machine, key, "Key first beat").has_value()) << "levels stay apart";
+  EXPECT_TRUE(store.keyExists(SettingsLevel::User, key));
+}
+
+TEST(FileDialogFilter, TheLabelsPatternsAreGivenOnceAndEveryFileMeansEveryFile) {
+  platform::FileDialog dialog;
+  dialog.filters = {{"Velmora Files(*.vlm)", "*.vlm"}, {"MIDI files (*.mid;*.mff)", "*.mid;*.mff"},
+                    {"All files (*.*)", "*.*"}};
+  EXPECT_EQ(shell::FileDialogFilter(dialog),
+            QStringLiteral("Velmora Files (*.vlm);;MIDI files (*.mid *.mff);;All files (*)"));
+}
+
+}  // namespace
