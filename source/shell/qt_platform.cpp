@@ -5,8 +5,14 @@
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QSettings>
+#include <QSocketNotifier>
 #include <QStringList>
 #include <memory>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
 
 namespace shell {
 
@@ -15,18 +21,49 @@ namespace shell {
 
 const QEvent::Type QtMessageLoop::WakeEvent = static_cast<QEvent::Type>(QEvent::registerEventType());
 
-QtMessageLoop::QtMessageLoop(std::size_t capacity) : QueueLoop(capacity) {}
+QtMessageLoop::QtMessageLoop(std::size_t capacity) : QueueLoop(capacity) {
+#ifdef Q_OS_UNIX
+  int ends[2];
+  if (pipe2(ends, O_NONBLOCK | O_CLOEXEC) != 0) return;  // the wake-up falls back to an event
+  wakeRead_ = ends[0];
+  wakeWrite_ = ends[1];
+  auto* notifier = new QSocketNotifier(static_cast<qintptr>(wakeRead_), QSocketNotifier::Read, this);
+  QObject::connect(notifier, &QSocketNotifier::activated, this, [this] { woken(); });
+#endif
+}
+
+QtMessageLoop::~QtMessageLoop() {
+#ifdef Q_OS_UNIX
+  if (wakeRead_ >= 0) ::close(wakeRead_);
+  if (wakeWrite_ >= 0) ::close(wakeWrite_);
+#endif
+}
 
 void QtMessageLoop::queued() {
-  // One wake-up event at a time: the loop delivers everything that waits.
+  // One wake-up at a time: the loop delivers everything that waits.
   if (wakePending_.exchange(true)) return;
+#ifdef Q_OS_UNIX
+  if (wakeWrite_ >= 0) {
+    const char byte = 1;
+    if (::write(wakeWrite_, &byte, 1) == 1) return;
+  }
+#endif
   QCoreApplication::postEvent(this, new QEvent(WakeEvent));
+}
+
+void QtMessageLoop::woken() {
+#ifdef Q_OS_UNIX
+  char bytes[64];
+  while (wakeRead_ >= 0 && ::read(wakeRead_, bytes, sizeof bytes) > 0) {
+  }
+#endif
+  wakePending_ = false;
+  deliverQueued();
 }
 
 bool QtMessageLoop::event(QEvent* event) {
   if (event->type() != WakeEvent) return QObject::event(event);
-  wakePending_ = false;
-  deliverQueued();
+  woken();
   return true;
 }
 

@@ -17,12 +17,14 @@ namespace shell {
 
 // The UI thread's loop. Messages wait in the fixed ring of QueueLoop, so a
 // post from the timer or a device thread takes only the short critical
-// section; one event at a time wakes the Qt event loop to deliver them, also
-// inside a modal dialog's loop. A send from another thread blocks until the
-// UI thread has handled it.
+// section and allocates nothing; one byte down a pipe (one event where there
+// are no pipes) wakes the Qt event loop to deliver them, also inside a modal
+// dialog's loop. A send from another thread blocks until the UI thread has
+// handled it.
 class QtMessageLoop final : public QObject, public platform::QueueLoop {
  public:
   explicit QtMessageLoop(std::size_t capacity = 8192);
+  ~QtMessageLoop() override;
   // Delivers what is queued now, on the calling (UI) thread.
   std::size_t deliverQueued();
   // Releases waiting sends and refuses new ones: the program goes down.
@@ -35,8 +37,10 @@ class QtMessageLoop final : public QObject, public platform::QueueLoop {
   bool event(QEvent* event) override;
 
  private:
+  void woken();
   static const QEvent::Type WakeEvent;
   std::atomic<bool> wakePending_{false};
+  int wakeRead_ = -1, wakeWrite_ = -1;  // the wake-up pipe, where there is one
 };
 
 // The settings of a key path "Software\<Maker>\<Product>\<rest>" as QSettings
