@@ -114,12 +114,6 @@ TEST_F(PanelTest, IntervalModeStartsTheWalkOverAtOnce) {
   EXPECT_EQ(IntervalMax.load(), 80);
 }
 
-TEST_F(PanelTest, AFieldWithoutLeadingDigitsCountsAs0) {
-  EXPECT_EQ(FieldNumber("abc"), 0);
-  EXPECT_EQ(FieldNumber("42x"), 42);
-  EXPECT_EQ(FieldNumber("-7"), -7);
-}
-
 // ---- boards ----
 
 class BoardsTest : public GeneratorBench {

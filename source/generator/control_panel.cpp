@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 
 #include "generator/bank.h"
 #include "generator/generator_tick.h"
@@ -81,8 +80,6 @@ bool SwitchChannel(uint32_t id) {
   LiveBank.channelMask = static_cast<uint16_t>(LiveBank.channelMask ^ bit);
   return true;
 }
-
-int FieldNumber(const std::string& text) { return static_cast<int>(std::strtol(text.c_str(), nullptr, 10)); }
 
 PitchSettingsCheck CheckPitchSettings(const PitchSettings& s) {
   if (!s.intervalMode) return {true, {}, 0};

@@ -54,5 +54,3 @@ struct PitchSettingsCheck {
 PitchSettingsCheck CheckPitchSettings(const PitchSettings& settings);
 // Applies settings that passed the check.
 void ApplyPitchSettings(const PitchSettings& settings);
-// A field's text as a decimal number; anything without leading digits is 0.
-int FieldNumber(const std::string& text);

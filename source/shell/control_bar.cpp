@@ -89,9 +89,8 @@ ControlBarWidget::ControlBarWidget(QWidget* parent) : QWidget(parent) {
   setFixedHeight(Height);
   setAutoFillBackground(false);
   createControls();
-  ControlBarWindow = this;
   ControlBar = this;
-  StartLiveSystem(this);
+  StartLiveSystem(this);  // the song's reset inside it sets the frame's title and gray states
 }
 
 ControlBarWidget::~ControlBarWidget() {

@@ -278,8 +278,6 @@ MainFrame::MainFrame() {
   layout->addWidget(controlBar_);
   layout->addWidget(client_, 1);
   setCentralWidget(centre);
-  updateCommandStates();
-  SetFrameTitle();
 }
 
 MainFrame::~MainFrame() {

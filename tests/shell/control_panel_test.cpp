@@ -85,12 +85,12 @@ TEST_F(ControlPanel, TimeControl241Gives250And240Gives240) {
 
 TEST_F(ControlPanel, AFunctionStepMovesTheBarWhileTheGeneratorRuns) {
   start();
-  click(200);
   const int before = panel().bar(1281)->value();
+  click(200);
   passes(200);
+  EXPECT_NE(LiveBank.noteMin, before) << "the start-up curves move the lower note bound";
   EXPECT_EQ(panel().bar(1281)->value(), LiveBank.noteMin) << "the bar follows the stepped bound";
   EXPECT_EQ(panel().number(1232)->text(), QString::number(LiveBank.noteMin));
-  (void)before;
   click(200);
 }
 
@@ -151,6 +151,30 @@ TEST_F(PitchSelection, AFromNoteOutsideTheBoundsNamesThem) {
   ASSERT_EQ(prompts.shown().size(), 1u);
   EXPECT_EQ(prompts.shown()[0].text, "Value is not in the range 20 to 60.");
   EXPECT_EQ(dialog->focusWidget(), dialog->field(513));
+}
+
+TEST_F(PitchSelection, AFieldWithoutLeadingDigitsCountsAs0) {
+  set(101, "abc");
+  set(102, "30x");
+  set(513, "12");
+  dialog->accept();
+  EXPECT_EQ(dialog->result(), QDialog::Accepted);
+  EXPECT_EQ(IntervalMin, 0);
+  EXPECT_EQ(IntervalMax, 30);
+  EXPECT_EQ(FromNote, 12);
+}
+
+TEST_F(PitchSelection, TurningIntervalModeOffLeavesTheWalkWhereItWas) {
+  set(101, "20");
+  set(102, "80");
+  set(513, "50");
+  dialog->accept();
+  ASSERT_EQ(PitchWalk, 50);
+  shell::PitchSelectionDialog again(&panel());
+  again.noteMode()->setChecked(true);
+  again.accept();
+  EXPECT_EQ(IntervalMode, 0u);
+  EXPECT_EQ(PitchWalk, 50);
 }
 
 TEST_F(PitchSelection, NoteModeDropsTheFieldsUnchecked) {

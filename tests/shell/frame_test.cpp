@@ -7,6 +7,7 @@
 #include "midi/sync_clock.h"
 #include "shell_bench.h"
 #include "song/song_store.h"
+#include "transport/clock_placing.h"
 
 namespace {
 
@@ -157,6 +158,25 @@ TEST_F(Frame, MidiSyncFromTheMenuSwapsTheClockButtonsAndChecks) {
   deliver();
   EXPECT_TRUE(frame->menuAction(1600)->isChecked());
   EXPECT_TRUE(bar().button(108)->isDown());
+}
+
+TEST_F(Frame, TheCounterFollowsTheClockOnItsSyncTicks) {
+  start();
+  click(200);
+  passes(100);  // 120 ticks at 60 beats a minute: the second beat of the first bar
+  EXPECT_EQ(bar().counter()->text(), shell::CounterText(ClockNow()));
+  EXPECT_NE(bar().counter()->text(), QStringLiteral("00001:01:000"));
+  click(200);
+}
+
+TEST(CounterText, BarBeatAndTickByTheMeterWithTheBeatCountIn16Bits) {
+  Numerator = 4;
+  SongResolution = 120;
+  EXPECT_EQ(shell::CounterText(1090), QStringLiteral("00003:02:010"));
+  EXPECT_EQ(shell::CounterText(65536u * 120 + 5), QStringLiteral("00001:01:005")) << "the beat count wraps at 16 bits";
+  Numerator = 0;
+  EXPECT_EQ(shell::CounterText(240), QStringLiteral("00003:01:000")) << "no meter counts as one beat a bar";
+  Numerator = 4;
 }
 
 TEST_F(Frame, TheTempoArrowsSetTheTempo) {

@@ -14,6 +14,7 @@
 #include "generator/functions.h"
 #include "platform/prompts.h"
 #include "shell/dialog_support.h"
+#include "transport/field_checks.h"
 #include "transport/transport_state.h"
 
 namespace shell {
@@ -204,8 +205,8 @@ void ControlPanelWindow::paintEvent(QPaintEvent*) {
 
 // ---------------------------------------------------------------------------
 
-PitchSelectionDialog::PitchSelectionDialog(QWidget* parent) : QDialog(parent) {
-  setWindowTitle(QStringLiteral("Pitch Selection Settings"));
+PitchSelectionDialog::PitchSelectionDialog(QWidget* parent)
+    : CenteredDialog(parent, QStringLiteral("Pitch Selection Settings")) {
   auto* layout = new QVBoxLayout(this);
   auto* modeBox = new QGroupBox(QStringLiteral("Pitch selection mode"), this);
   auto* modeLayout = new QVBoxLayout(modeBox);
@@ -237,8 +238,8 @@ PitchSelectionDialog::PitchSelectionDialog(QWidget* parent) : QDialog(parent) {
 QLineEdit* PitchSelectionDialog::field(uint32_t id) const { return FindById(fields_, id); }
 
 void PitchSelectionDialog::accept() {
-  PitchSettings settings{interval_->isChecked(), FieldNumber(field(513)->text().toStdString()),
-                         FieldNumber(field(101)->text().toStdString()), FieldNumber(field(102)->text().toStdString()),
+  PitchSettings settings{interval_->isChecked(), FieldValue(field(513)->text().toStdString()),
+                         FieldValue(field(101)->text().toStdString()), FieldValue(field(102)->text().toStdString()),
                          mirror_->isChecked()};
   if (settings.intervalMode) {
     const PitchSettingsCheck check = CheckPitchSettings(settings);
@@ -249,7 +250,7 @@ void PitchSelectionDialog::accept() {
     }
   }
   ApplyPitchSettings(settings);
-  QDialog::accept();
+  CenteredDialog::accept();
 }
 
 }  // namespace shell

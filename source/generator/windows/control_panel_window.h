@@ -11,6 +11,7 @@
 #include "platform/message_loop.h"
 #include "platform/view_registry.h"
 #include "shell/controls.h"
+#include "shell/dialog_support.h"
 
 class QButtonGroup;
 class QCheckBox;
@@ -49,7 +50,7 @@ class ControlPanelWindow final : public QWidget, public platform::MessageTarget,
 
 // "Pitch Selection Settings": note or interval mode, and the interval mode's
 // start note, bounds and mirror.
-class PitchSelectionDialog final : public QDialog {
+class PitchSelectionDialog final : public CenteredDialog {
  public:
   explicit PitchSelectionDialog(QWidget* parent);
   QLineEdit* field(uint32_t id) const;
