@@ -6,6 +6,7 @@
 #include "midi/backends/loopback.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "platform/installed_seams.h"
 #include "platform/message_loop.h"
 #include "platform/timers.h"
 
@@ -21,9 +22,7 @@ void BM_Pass_Dispatching512DueEvents(benchmark::State& state) {
   platform::VirtualTimers timers;
   LoopbackDevices devices(1, 0);
   devices.setRecording(false);
-  platform::installMessageLoop(&loop);
-  platform::installTimers(&timers);
-  platform::installMidiDevices(&devices);
+  const platform::InstalledSeams seams({.loop = &loop, .timers = &timers, .devices = &devices});
   Sink window;
   SyncClock* clock = nullptr;
   MidiOutHandle* out = nullptr;
@@ -48,9 +47,6 @@ void BM_Pass_Dispatching512DueEvents(benchmark::State& state) {
 
   CloseSync(&clock);
   CloseMidiOut(&out);
-  platform::installMidiDevices(nullptr);
-  platform::installTimers(nullptr);
-  platform::installMessageLoop(nullptr);
 }
 BENCHMARK(BM_Pass_Dispatching512DueEvents)->Unit(benchmark::kMicrosecond);
 

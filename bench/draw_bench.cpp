@@ -5,7 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include "generator/bank.h"
-#include "trandom.h"
+#include "random/trandom.h"
 
 namespace {
 

@@ -10,13 +10,14 @@
 #include "generator/functions.h"
 #include "generator/generator_tick.h"
 #include "midi/backends/loopback.h"
+#include "midi/live_devices.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "platform/installed_seams.h"
 #include "platform/message_loop.h"
 #include "platform/timers.h"
+#include "random/trandom.h"
 #include "render/render.h"
-#include "trandom.h"
-#include "transport/transport_state.h"
 
 namespace {
 
@@ -26,9 +27,7 @@ void worstPass(benchmark::State& state) {
   platform::VirtualTimers timers;
   LoopbackDevices devices(1, 0);
   devices.setRecording(false);
-  platform::installMessageLoop(&loop);
-  platform::installTimers(&timers);
-  platform::installMidiDevices(&devices);
+  const platform::InstalledSeams seams({.loop = &loop, .timers = &timers, .devices = &devices});
   LiveBank = Bank{};
   SetBankDefaults();
   InitFunctionArrays();
@@ -65,9 +64,6 @@ void worstPass(benchmark::State& state) {
   }
   CloseSync(&TheClock);
   CloseMidiOut(&TheMidiOut);
-  platform::installMidiDevices(nullptr);
-  platform::installTimers(nullptr);
-  platform::installMessageLoop(nullptr);
 }
 BENCHMARK(worstPass)
     ->Name("BM_GeneratorTick_WorstPass/voicesPerEndingChord")

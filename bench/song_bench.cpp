@@ -8,8 +8,10 @@
 #include <vector>
 
 #include "midi/backends/loopback.h"
+#include "midi/live_devices.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "platform/installed_seams.h"
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
 #include "platform/timers.h"
@@ -18,7 +20,6 @@
 #include "song/song_files.h"
 #include "song/song_store.h"
 #include "transport/playback_feed.h"
-#include "transport/transport_state.h"
 
 namespace {
 
@@ -35,10 +36,6 @@ class Stage {
  public:
   Stage() {
     devices.setRecording(false);
-    platform::installMessageLoop(&loop);
-    platform::installTimers(&timers);
-    platform::installMidiDevices(&devices);
-    platform::installPrompts(&prompts);
     OpenSync(&TheClock, &window, SYNC_INTERNAL, 10);
     OpenMidiOut(&TheMidiOut, &window, 0, TheClock, MIDI_OPEN_WORD);
     ResetSong();
@@ -48,10 +45,6 @@ class Stage {
     CloseSync(&TheClock);
     CloseMidiOut(&TheMidiOut);
     loop.pump();
-    platform::installPrompts(nullptr);
-    platform::installMidiDevices(nullptr);
-    platform::installTimers(nullptr);
-    platform::installMessageLoop(nullptr);
   }
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
@@ -60,6 +53,7 @@ class Stage {
   platform::VirtualTimers timers;
   LoopbackDevices devices{1, 0};
   platform::ScriptedPrompts prompts;
+  platform::InstalledSeams seams{{.loop = &loop, .timers = &timers, .devices = &devices, .prompts = &prompts}};
   Sink window;
 };
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <vector>
 
-#include "trandom.h"
+#include "random/trandom.h"
 
 namespace {
 

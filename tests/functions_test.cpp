@@ -4,6 +4,9 @@
 
 #include <cmath>
 
+#include "midi/live_devices.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
 #include "support/generator_fixture.h"
 
 namespace {

@@ -5,8 +5,11 @@
 #include <set>
 
 #include "generator/boards.h"
+#include "midi/live_devices.h"
+#include "midi/transport_words.h"
+#include "platform/view_registry.h"
+#include "random/trandom.h"
 #include "support/generator_fixture.h"
-#include "trandom.h"
 
 namespace {
 

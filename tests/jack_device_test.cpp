@@ -21,19 +21,22 @@
 #include <thread>
 
 #include "midi/backends/device_list.h"
+#include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
+#include "platform/installed_seams.h"
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
 #include "platform/timers.h"
+#include "platform/view_registry.h"
 #include "smf/smf.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
-#include "support/installed_platform.h"
 #include "transport/playback_feed.h"
 #include "transport/transport_commands.h"
-#include "transport/transport_state.h"
 
 using namespace platform;
 using Clock = std::chrono::steady_clock;
@@ -118,7 +121,7 @@ TEST(JackDevice, ATimedSequenceArrivesInOrderAndOnTime) {
   ThreadTimers timers;
   ThreadedLoop loop;
   StandardDevices devices;
-  const InstalledPlatform installed(timers, loop, devices.list);
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices.list});
 
   uint32_t device = 0;
   std::string name;
@@ -271,7 +274,7 @@ TEST(JackDevice, NotesAndMidiClockPlayedIntoTheVirtualInputAreRecordedAtTheirTic
   DeviceList devices;
   devices.add(&silent);
   devices.add(&jackInput);
-  const InstalledPlatform installed(timers, loop, devices);
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
   ScriptedPrompts prompts;
   installPrompts(&prompts);
   ASSERT_EQ(jackInput.inCount(), 1u) << "JACK gives Velmora a virtual input";

@@ -1,18 +1,22 @@
-#include "transport/live_system.h"
+#include "live/live_system.h"
 
 #include <gtest/gtest.h>
 
 #include "generator/bank.h"
+#include "live/settings_dialogs.h"
+#include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
+#include "platform/view_registry.h"
 #include "song/note_linking.h"
 #include "song/recording.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
+#include "song/song_tempo.h"
 #include "support/live_bench.h"
-#include "transport/settings_dialogs.h"
-#include "transport/song_tempo.h"
 
 using platform::SettingsLevel;
 using platform::SettingsValue;

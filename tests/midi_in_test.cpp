@@ -5,7 +5,8 @@
 #include <array>
 #include <thread>
 
-#include "support/installed_platform.h"
+#include "midi/transport_words.h"
+#include "platform/installed_seams.h"
 #include "support/midi_fixture.h"
 
 using namespace platform;
@@ -332,7 +333,7 @@ TEST(MidiInThreads, APlayerThreadAndTheDrainingThreadShareTheRingWithoutLoss) {
   ThreadTimers timers;
   ManualLoop loop;
   LoopbackDevices devices;
-  InstalledPlatform platform(timers, loop, devices);
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
   MidiInHandle* in = nullptr;
   RecordingWindow window;
   ASSERT_EQ(OpenMidiIn(&in, &window, 0, nullptr, MIDI_OPEN_WORD), 0u);
@@ -372,7 +373,7 @@ TEST(MidiInThreads, ClosingTheInputWhileItsTickWaitsInASendDoesNotHang) {
   VirtualTimers timers;
   ManualLoop loop;  // never pumped: the send waits until it is refused
   LoopbackDevices devices;
-  InstalledPlatform platform(timers, loop, devices);
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
   RecordingWindow window;
   static RecordingWindow* sendTo;
   sendTo = &window;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "midi/live_devices.h"
+#include "midi/transport_words.h"
 #include "song/note_linking.h"
 #include "song/song_store.h"
 #include "support/midi_fixture.h"

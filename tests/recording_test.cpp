@@ -8,8 +8,12 @@
 #include "generator/bank.h"
 #include "generator/control_panel.h"
 #include "generator/generator_tick.h"
-#include "support/installed_platform.h"
+#include "midi/live_devices.h"
 #include "midi/midi_in.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
+#include "platform/installed_seams.h"
+#include "platform/view_registry.h"
 #include "support/song_bench.h"
 
 using namespace platform;
@@ -575,7 +579,7 @@ TEST(CaptureThreads, ASendThatWaitsIsReleasedWhenTheClockCloses) {
   ThreadTimers timers;
   ManualLoop loop;
   LoopbackDevices devices;
-  InstalledPlatform platform(timers, loop, devices);
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
   RecordingWindow window;
   SyncClock* clock = nullptr;
   ASSERT_EQ(OpenSync(&clock, &window, SYNC_INTERNAL, 10), 0u);
@@ -611,7 +615,7 @@ TEST(CaptureThreads, EveryCapturedMessageIsInTheTakeBeforeTheNextPass) {
   ThreadTimers timers;
   ThreadedLoop loop;
   LoopbackDevices devices;
-  InstalledPlatform platform(timers, loop, devices);
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
   class Drainer final : public MessageTarget {
    public:
     intptr_t handleMessage(uint32_t msg, uintptr_t, uintptr_t) override {

@@ -11,8 +11,8 @@
 #include <tuple>
 
 #include "midi/midi_event.h"
+#include "random/trandom.h"
 #include "smf/smf.h"
-#include "trandom.h"
 
 namespace {
 

@@ -1,18 +1,21 @@
-#include "transport/settings_dialogs.h"
+#include "live/settings_dialogs.h"
 
 #include <gtest/gtest.h>
 
 #include "generator/bank.h"
+#include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
 #include "song/note_linking.h"
 #include "song/recording.h"
 #include "song/song_store.h"
+#include "song/song_tempo.h"
 #include "support/live_bench.h"
 #include "support/stop_box.h"
 #include "transport/playback_feed.h"
-#include "transport/song_tempo.h"
 
 namespace {
 

@@ -8,9 +8,10 @@
 #include "generator/boards.h"
 #include "generator/byte_io.h"
 #include "generator/raw_files.h"
+#include "midi/live_devices.h"
+#include "random/trandom.h"
+#include "song/song_tempo.h"
 #include "support/generator_fixture.h"
-#include "transport/song_tempo.h"
-#include "trandom.h"
 
 namespace {
 

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "song/song_store.h"
 
 namespace {
 
@@ -263,11 +262,6 @@ TEST_F(SmfTest, EveryCutOfAFileLoadsWithoutHarm) {
 
 class SmfWriteTest : public SmfTest {
  protected:
-  void SetUp() override {
-    SmfTest::SetUp();
-    for (auto& t : Tracks) t = TrackRecord{};
-    TicksPerBar = 480;
-  }
   void startWriting(uint32_t fileFormat = 1) {
     format = fileFormat;
     ASSERT_EQ(OpenSMF(&smf, path.c_str(), &format, 'w'), 0u);
@@ -277,8 +271,6 @@ class SmfWriteTest : public SmfTest {
 TEST_F(SmfWriteTest, ASmallSongIsWrittenByteForByte) {
   std::vector<MidiEvent> events = {{0, 0x90, 60, 100, 0, nullptr, 0, 0, 0, 0},
                                    {120, 0x80, 60, 0, 0, nullptr, 0, 0, 0, 0}};
-  Tracks[0].events = events.data();
-  Tracks[0].count = 2;
   startWriting();
   SetSMFResolution(smf, 120);
   EXPECT_EQ(WriteSMF(smf, 0, events.data(), 2, 0), 2u);
@@ -296,14 +288,15 @@ TEST_F(SmfWriteTest, ASmallSongIsWrittenByteForByte) {
 TEST_F(SmfWriteTest, RepeatsWriteEachPassFromTheNextBarLineAndTheSettingsOnce) {
   std::vector<MidiEvent> events = {{10, 0x90, 60, 100, 0, nullptr, 0, 0, 0, 0},
                                    {100, 0x80, 60, 0, 0, nullptr, 0, 0, 0, 0}};
-  TrackRecord& t = Tracks[3];
-  t.events = events.data();
-  t.count = 2;
+  SmfTrackSettings t;
+  t.storedTicks = 110;
+  t.ticksPerBar = 480;
   t.repeats = 1;
   t.pan = 30;
   t.volume = 100;
   t.timeOffset = 5;
   startWriting();
+  EXPECT_EQ(SetSMFTrackSettings(smf, 3, t), 1u);
   EXPECT_EQ(WriteSMF(smf, 0, events.data(), 2, 3), 4u);
   CloseSMF(&smf);
   const Bytes body{0x00, 0xB0, 10,   30,  0x00, 7,    100,           // pan and volume share one status byte
@@ -316,17 +309,39 @@ TEST_F(SmfWriteTest, TheTracksSettingsShapeTheNotes) {
   std::vector<MidiEvent> events = {{0, 0x90, 120, 120, 0, nullptr, 0, 0, 0, 0},
                                    {0, 0x80, 120, 64, 0, nullptr, 0, 0, 0, 0},
                                    {0, 0xB3, 7, 1, 0, nullptr, 0, 0, 0, 0}};
-  TrackRecord& t = Tracks[0];
-  t.events = events.data();
-  t.count = 3;
+  SmfTrackSettings t;
   t.keyOffset = 20;        // 140 folds back an octave to 128, then to 116
   t.velocityOffset = 100;  // held at 127
   t.channel = 5;
   startWriting();
+  SetSMFTrackSettings(smf, 0, t);
   WriteSMF(smf, 0, events.data(), 3, 0);
   CloseSMF(&smf);
   EXPECT_EQ(written(),
             header(1, 1, 480) + track(Bytes{0, 0x95, 116, 127, 0, 0x85, 116, 64, 0, 0xB5, 7, 1} + EndOfTrack));
+}
+
+TEST_F(SmfWriteTest, WithoutSettingsTheSettingsGoOutOnTheFirstEventsChannel) {
+  std::vector<MidiEvent> events = {{0, 0x93, 60, 100, 0, nullptr, 0, 0, 0, 0}};
+  SmfTrackSettings t;
+  t.storedChannel = 3;
+  t.patch = 9;
+  startWriting();
+  SetSMFTrackSettings(smf, 7, t);
+  WriteSMF(smf, 0, events.data(), 1, 7);
+  WriteSMF(smf, 1, events.data(), 1, 8);  // song track 8 was handed nothing: no setting at all
+  CloseSMF(&smf);
+  EXPECT_EQ(written(), header(1, 2, 480) + track(Bytes{0, 0xC3, 9, 0, 0x93, 60, 100} + EndOfTrack) +
+                           track(Bytes{0, 0x93, 60, 100} + EndOfTrack));
+}
+
+TEST_F(SmfWriteTest, SettingsForASongTrackPastTheTempoTrackAreRefused) {
+  startWriting();
+  EXPECT_EQ(SetSMFTrackSettings(smf, SmfSongTracks, SmfTrackSettings{}), 0u);
+  EXPECT_EQ(WriteSMF(smf, 0, nullptr, 0, SmfSongTracks), 0u);
+  EXPECT_EQ(SetSMFTrackSettings(smf, SmfSongTracks - 1, SmfTrackSettings{}), 1u);
+  CloseSMF(&smf);
+  EXPECT_EQ(SetSMFTrackSettings(nullptr, 0, SmfTrackSettings{}), 0u);
 }
 
 TEST_F(SmfWriteTest, OneTrackKeepsTheFormatAndASecondMakesIt1) {
@@ -345,8 +360,6 @@ TEST_F(SmfWriteTest, OneTrackKeepsTheFormatAndASecondMakesIt1) {
 
 TEST_F(SmfWriteTest, ANameWrittenAfterTheEventsStandsJustBeforeTheEnd) {
   std::vector<MidiEvent> events = {{0, 0x90, 60, 1, 0, nullptr, 0, 0, 0, 0}};
-  Tracks[0].events = events.data();
-  Tracks[0].count = 1;
   startWriting();
   WriteSMF(smf, 0, events.data(), 1, 0);
   EXPECT_EQ(WriteMetaEvent(smf, 0, 0x03, "Lead", 0), 0u);
@@ -370,8 +383,6 @@ TEST_F(SmfWriteTest, RunningStatusCarriesOverMetaEventsAndALyricGoesOutAsATempo)
                                    {0, 0x90, 62, 1, 0, nullptr, 0, 0, 0, 0},
                                    {0, 0xF0, 0xF0, 0, 0, nullptr, 0, 0, 0, 0},
                                    {0, 0xF0, 0x43, 0, 0, nullptr, 0, 0, 0, 0}};
-  Tracks[0].events = events.data();
-  Tracks[0].count = 5;
   startWriting();
   WriteSMF(smf, 0, events.data(), 5, 0);
   CloseSMF(&smf);
@@ -380,9 +391,11 @@ TEST_F(SmfWriteTest, RunningStatusCarriesOverMetaEventsAndALyricGoesOutAsATempo)
 }
 
 TEST_F(SmfWriteTest, WithNoEventsTheSettingsStandAlone) {
-  Tracks[2].patch = 5;
-  Tracks[2].channel = 3;
+  SmfTrackSettings t;
+  t.patch = 5;
+  t.channel = 3;
   startWriting();
+  SetSMFTrackSettings(smf, 2, t);
   EXPECT_EQ(WriteSMF(smf, 0, nullptr, 0, 2), 0u);
   CloseSMF(&smf);
   EXPECT_EQ(written(), header(1, 1, 480) + track(Bytes{0, 0xC3, 5} + EndOfTrack));

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <fstream>
 
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
 #include "smf/smf.h"
 #include "support/song_bench.h"
 

@@ -6,9 +6,10 @@
 #include <cstring>
 #include <fstream>
 
+#include "platform/command_ids.h"
 #include "smf/smf.h"
+#include "song/song_tempo.h"
 #include "support/song_bench.h"
-#include "transport/song_tempo.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include "song/note_linking.h"
 #include "support/song_fixture.h"
 #include "support/song_views.h"
-#include "transport/transport_state.h"
 
 namespace {
 

@@ -5,7 +5,8 @@
 #include <thread>
 
 #include "midi/midi_in.h"
-#include "support/installed_platform.h"
+#include "midi/transport_words.h"
+#include "platform/installed_seams.h"
 #include "support/midi_fixture.h"
 
 using namespace platform;
@@ -696,7 +697,7 @@ TEST(SyncClockRealTimer, TheRealTimerDrivesThePassesOnItsOwnThread) {
   ThreadTimers timers;
   ThreadedLoop loop;
   LoopbackDevices devices;
-  const InstalledPlatform installed(timers, loop, devices);
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
   RecordingWindow window;
   SyncClock* clock = nullptr;
   MidiOutHandle* out = nullptr;
@@ -738,7 +739,7 @@ TEST(SyncClockRealTimer, AStopDuringADispatchWaitsForThePassAndLeavesTheRingWhol
   ThreadTimers timers;
   ManualLoop loop;
   LoopbackDevices devices;
-  const InstalledPlatform installed(timers, loop, devices);
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
   RecordingWindow window;
   SyncClock* clock = nullptr;
   MidiOutHandle* out = nullptr;

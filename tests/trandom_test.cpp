@@ -1,4 +1,4 @@
-#include "trandom.h"
+#include "random/trandom.h"
 
 #include <gtest/gtest.h>
 

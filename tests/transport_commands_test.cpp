@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "generator/generator_tick.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
+#include "platform/view_registry.h"
+#include "song/song_tempo.h"
 #include "support/song_bench.h"
-#include "transport/song_tempo.h"
 
 namespace {
 

@@ -2,12 +2,11 @@
 // multi-track MIDI sequencer.
 #include <QApplication>
 
+#include "live/product_info.h"
 #include "midi/backends/device_list.h"
-#include "platform/midi_devices.h"
-#include "platform/timers.h"
+#include "platform/installed_seams.h"
 #include "shell/application.h"
 #include "shell/qt_platform.h"
-#include "transport/product_info.h"
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
@@ -19,19 +18,11 @@ int main(int argc, char** argv) {
   StandardDevices devices;
   shell::QtSettingsStore settings;
   shell::QtPrompts prompts;
-  platform::installMessageLoop(&loop);
-  platform::installTimers(&timers);
-  platform::installMidiDevices(&devices.list);
-  platform::installSettingsStore(&settings);
-  platform::installPrompts(&prompts);
+  const platform::InstalledSeams seams({
+      .loop = &loop, .timers = &timers, .devices = &devices.list, .settings = &settings, .prompts = &prompts});
 
   const int code = shell::RunVelmora(app, {});
 
   loop.close();
-  platform::installPrompts(nullptr);
-  platform::installSettingsStore(nullptr);
-  platform::installMidiDevices(nullptr);
-  platform::installTimers(nullptr);
-  platform::installMessageLoop(nullptr);
   return code;
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "trandom.h"
+#include "random/trandom.h"
 
 Bank LiveBank;
 

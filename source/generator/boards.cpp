@@ -1,9 +1,9 @@
 #include "generator/boards.h"
 
 #include "generator/bank.h"
+#include "midi/live_devices.h"
 #include "midi/midi_out.h"
 #include "platform/view_registry.h"
-#include "transport/transport_state.h"
 
 namespace {
 

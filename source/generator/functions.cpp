@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "platform/command_ids.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
 

@@ -30,9 +30,7 @@ extern std::unique_ptr<int8_t[]> ScratchCurve;  // the curve under edit in the F
 extern std::array<std::atomic<int8_t*>, FunctionCount> WorkingFunctions;
 extern SharedWord<uint32_t> FunctionIndex;  // next element to step
 
-// The first BAR_SET_VALUE message number, and the Control Panel's bars, by
-// id - 1280, which the panel registers while it is open.
-inline constexpr uint32_t BAR_SET_VALUE = 1426;
+// The Control Panel's bars, by id - 1280, which the panel registers while it is open.
 extern std::array<std::atomic<platform::MessageTarget*>, 10> ControlPanelBars;
 
 // Allocates the arrays for the start-up length and fills them with the

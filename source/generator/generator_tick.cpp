@@ -4,13 +4,15 @@
 
 #include "generator/bank.h"
 #include "generator/functions.h"
+#include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
 #include "platform/view_registry.h"
-#include "trandom.h"
-#include "transport/clock_placing.h"
-#include "transport/transport_state.h"
+#include "random/trandom.h"
+#include "song/clock_placing.h"
 
 std::array<SoundingChord, RingSlots> SoundingRing;
 SharedWord<uint32_t> Now, NextChordTick, NextStepTick, WriteSlot;

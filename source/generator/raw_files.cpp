@@ -7,7 +7,6 @@
 #include "generator/byte_io.h"
 #include "generator/setup_files.h"
 #include "platform/prompts.h"
-#include "transport/transport_state.h"
 
 using namespace platform;
 

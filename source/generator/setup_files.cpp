@@ -10,12 +10,13 @@
 #include "generator/control_panel.h"
 #include "generator/functions.h"
 #include "generator/generator_tick.h"
+#include "midi/live_devices.h"
 #include "midi/sync_clock.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
-#include "transport/clock_placing.h"
-#include "transport/song_tempo.h"
-#include "transport/transport_state.h"
+#include "song/clock_placing.h"
+#include "song/song_store.h"
+#include "song/song_tempo.h"
 
 using namespace platform;
 

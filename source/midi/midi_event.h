@@ -29,6 +29,14 @@ inline constexpr uint32_t SEND_NOW = 0xFFFFFFFFu;
 inline constexpr uint8_t META_TEMPO = 81;
 inline constexpr uint8_t META_LYRIC = 5;
 
+// A key moved by an offset, folded back into 0..127 by whole octaves: -12
+// folds to 12, not to 0.
+constexpr int FoldKey(int k) {
+  if (k < 0) return (k / -12 + 1) * 12 + k;
+  if (k > 127) return k - ((k - 127) / 12 + 1) * 12;
+  return k;
+}
+
 // The four bytes from status to value3 are the packed short message, status lowest.
 constexpr uint32_t PackedMessage(const MidiEvent& event) {
   return uint32_t{event.status} | uint32_t{event.value1} << 8 | uint32_t{event.value2} << 16 |

@@ -6,8 +6,8 @@
 
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
 #include "platform/timers.h"
-#include "transport/transport_state.h"
 
 using namespace platform;
 

@@ -7,8 +7,8 @@
 
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
+#include "midi/transport_words.h"
 #include "platform/timers.h"
-#include "transport/transport_state.h"
 
 using namespace platform;
 

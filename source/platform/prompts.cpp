@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+std::string MidiFilesDir, VelmoraFilesDir, DistributionFilesDir, FunctionFilesDir;
+
 namespace platform {
 
 namespace {

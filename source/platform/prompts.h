@@ -108,3 +108,7 @@ class ScriptedPrompts final : public Prompts {
 };
 
 }  // namespace platform
+
+// The folders each kind of file dialog opens in; each takes the folder of
+// the last file of its kind. UI thread only.
+extern std::string MidiFilesDir, VelmoraFilesDir, DistributionFilesDir, FunctionFilesDir;

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/message_loop.h"
 #include "platform/shared_word.h"
 
 namespace platform {
@@ -110,6 +111,14 @@ extern platform::ControlBarView* ControlBar;
 extern platform::FrameView* FrameWindow;
 // Rows of the Events list in sight, which its view works out on each change of size.
 extern uint32_t EventsRowsInSight;
+
+// The Control Bar, which takes the clock's and the input's notifications, and
+// its buttons, to which others post BUTTON_SET_STATE. Null while there is none.
+// The Control Bar sets both as it is made and unmade, on the UI thread; any
+// thread may post to what they give.
+extern platform::MessageTarget* ControlBarWindow;
+platform::MessageTarget* ControlBarControl(uint32_t id);
+void SetControlBarControl(uint32_t id, platform::MessageTarget* control);
 
 // The frame's gray rules, applied after each change of the transport or the
 // selection; nothing while there is no frame.

@@ -13,8 +13,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "live/product_info.h"
 #include "shell/dialog_support.h"
-#include "transport/product_info.h"
 
 namespace shell {
 

@@ -3,9 +3,9 @@
 #include <QScreen>
 
 #include "generator/generator_tick.h"
-#include "generator/windows/control_panel_window.h"
 #include "platform/midi_devices.h"
 #include "platform/prompts.h"
+#include "shell/generator/control_panel_window.h"
 #include "shell/splash.h"
 
 namespace shell {

@@ -5,11 +5,11 @@
 #include <QPainter>
 #include <cstdio>
 
+#include "live/live_system.h"
+#include "platform/view_registry.h"
 #include "song/song_store.h"
-#include "transport/live_system.h"
-#include "transport/song_tempo.h"
+#include "song/song_tempo.h"
 #include "transport/transport_commands.h"
-#include "transport/transport_state.h"
 
 namespace shell {
 

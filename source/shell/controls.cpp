@@ -9,7 +9,6 @@
 #include <array>
 #include <cmath>
 
-#include "transport/transport_state.h"
 
 namespace shell {
 

@@ -10,28 +10,11 @@
 #include <QWidget>
 #include <cstdint>
 
+#include "platform/command_ids.h"
 #include "platform/message_loop.h"
 
 namespace shell {
 
-inline constexpr uint32_t BAR_SET_VALUE = 1426;
-inline constexpr uint32_t BAR_GET_VALUE = 1427;
-inline constexpr uint32_t BAR_GET_TRACK = 1430;
-inline constexpr uint32_t BAR_SET_COLOR = 1431;
-inline constexpr uint32_t HBAR_INIT = 1124;
-inline constexpr uint32_t HBAR_SET_VALUE = 1126;
-inline constexpr uint32_t HBAR_GET_VALUE = 1128;
-// A horizontal bar asks its host for its colour; the answer is 0 for the
-// bar's own, or the colour as 0x00BBGGRR plus 1 << 24.
-inline constexpr uint32_t HBAR_GET_COLOR = 1131;
-inline constexpr uint32_t WM_VSCROLL = 0x0115;
-// The scroll codes of the up-down control: a new position, the end of a scroll.
-inline constexpr uint32_t SB_THUMBPOSITION = 4;
-inline constexpr uint32_t SB_THUMBTRACK = 5;
-inline constexpr uint32_t SB_ENDSCROLL = 8;
-// A bar's report codes: 0 while the user drags, non-zero for a finished move.
-inline constexpr uint32_t BAR_TRACKING = 0;
-inline constexpr uint32_t BAR_MOVED = 1;
 
 // 0x00BBGGRR, the platform's colour word.
 QColor ColorOfWord(uint32_t word);

@@ -4,7 +4,7 @@
 #include <QPushButton>
 #include <QScreen>
 
-#include "transport/field_checks.h"
+#include "live/field_checks.h"
 
 namespace shell {
 

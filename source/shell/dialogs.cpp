@@ -6,11 +6,11 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include "live/field_checks.h"
+#include "live/settings_dialogs.h"
+#include "midi/transport_words.h"
 #include "shell/controls.h"
 #include "song/song_store.h"
-#include "transport/field_checks.h"
-#include "transport/settings_dialogs.h"
-#include "transport/transport_state.h"
 
 namespace shell {
 

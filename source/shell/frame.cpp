@@ -13,16 +13,18 @@
 
 #include "generator/bank.h"
 #include "generator/setup_files.h"
-#include "generator/windows/control_panel_window.h"
+#include "live/settings_dialogs.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
+#include "platform/view_registry.h"
 #include "shell/about_dialog.h"
 #include "shell/control_bar.h"
 #include "shell/controls.h"
 #include "shell/dialogs.h"
+#include "shell/generator/control_panel_window.h"
 #include "shell/help.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
-#include "transport/settings_dialogs.h"
-#include "transport/transport_state.h"
 
 namespace shell {
 

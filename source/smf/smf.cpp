@@ -6,7 +6,6 @@
 #include <iterator>
 #include <new>
 
-#include "song/song_store.h"
 
 namespace {
 
@@ -268,7 +267,7 @@ void startTrack(SmfFile& smf, uint32_t fileTrack) {
 }
 
 // A song track's settings on an event of its own bytes, as it is written.
-void shapeForFile(const TrackRecord& t, MidiEvent& e) {
+void shapeForFile(const SmfTrackSettings& t, MidiEvent& e) {
   const uint8_t kind = e.status & 0xF0;
   if (e.status < 0x80 || e.status >= 0xF0) return;
   if (t.channel != 255) e.status = static_cast<uint8_t>(kind | (t.channel & 0x0F));
@@ -498,15 +497,20 @@ uint32_t SetSMFResolution(SmfFile* smf, uint32_t resolution) {
   return smf->division;
 }
 
+uint32_t SetSMFTrackSettings(SmfFile* smf, uint32_t songTrack, const SmfTrackSettings& settings) {
+  if (smf == nullptr || smf->mode != 'w' || songTrack >= SmfSongTracks) return 0;
+  if (smf->songTracks.size() < SmfSongTracks) smf->songTracks.resize(SmfSongTracks);
+  smf->songTracks[songTrack] = settings;
+  return 1;
+}
+
 uint32_t WriteSMF(SmfFile* smf, uint32_t fileTrack, const MidiEvent* events, uint32_t count, uint32_t songTrack) {
-  if (smf == nullptr || smf->mode != 'w' || smf->file == nullptr || songTrack > SongTrackCount) return 0;
-  const TrackRecord& t = Tracks[songTrack];
+  if (smf == nullptr || smf->mode != 'w' || smf->file == nullptr || songTrack >= SmfSongTracks) return 0;
+  const SmfTrackSettings t = songTrack < smf->songTracks.size() ? smf->songTracks[songTrack] : SmfTrackSettings{};
   startTrack(*smf, fileTrack);
   std::vector<uint8_t> out;
   // With no stored event the settings go out on channel 1.
-  const uint8_t channel = t.channel != 255                     ? t.channel
-                          : t.events != nullptr && t.count > 0 ? t.events[0].status & 0x0F
-                                                               : 0;
+  const uint8_t channel = t.channel != 255 ? t.channel : t.storedChannel;
   const auto setting = [&](uint8_t status, uint8_t value1, uint8_t value2) {
     const MidiEvent e{0, static_cast<uint8_t>(status | channel), value1, value2, 0, nullptr, 0, 0, 0, 0};
     encode(*smf, e, out);
@@ -515,11 +519,9 @@ uint32_t WriteSMF(SmfFile* smf, uint32_t fileTrack, const MidiEvent* events, uin
   if (t.volume != 255) setting(0xB0, 7, t.volume);
   if (t.patch != 255) setting(0xC0, t.patch, 0);
 
-  uint64_t sum = 0;
-  for (uint32_t i = 0; t.events != nullptr && i < t.count; ++i) sum += t.events[i].time;
-  const uint32_t bar = TicksPerBar;
+  const uint32_t bar = t.ticksPerBar;
   // A bar of no ticks leaves no room to the next bar line: the next pass follows at once.
-  const uint32_t pad = bar != 0 ? bar - static_cast<uint32_t>(sum % bar) : 0;
+  const uint32_t pad = bar != 0 ? bar - static_cast<uint32_t>(t.storedTicks % bar) : 0;
   for (uint32_t pass = 0; pass <= t.repeats; ++pass) {
     for (uint32_t i = 0; i < count && events != nullptr; ++i) {
       MidiEvent e = events[i];

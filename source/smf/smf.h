@@ -28,6 +28,26 @@ struct SmfTrackState {
   uint32_t ended = 0;
 };
 
+// What a song track's settings do to it as it is written: the writer is
+// handed one for each song track it writes (SetSMFTrackSettings). A song
+// track without one is written with no setting.
+struct SmfTrackSettings {
+  int8_t keyOffset = 0;
+  int8_t velocityOffset = 0;
+  uint8_t channel = 255;  // 0..15 forces the channel; 255: the events keep their own
+  uint8_t pan = 255;      // 255: none, here and below
+  uint8_t patch = 255;
+  uint8_t volume = 255;
+  uint32_t timeOffset = 0;
+  uint16_t repeats = 0;
+  uint8_t storedChannel = 0;  // the channel of the track's first stored event; 0 for none
+  uint64_t storedTicks = 0;   // the sum of the stored events' times, to which repeats pad
+  uint32_t ticksPerBar = 0;   // the song's bar
+};
+
+// The song tracks whose settings a writer can be handed: 256 and the tempo track.
+inline constexpr uint32_t SmfSongTracks = 257;
+
 struct SmfFile {
   uint8_t mode = 0;  // 'r' or 'w'
   std::FILE* file = nullptr;
@@ -44,6 +64,7 @@ struct SmfFile {
   uint32_t chunkLength = 0;
   uint8_t runningStatus = 0;
   bool writeFailed = false;  // a write came up short
+  std::vector<SmfTrackSettings> songTracks;  // writing: each song track's settings
 };
 
 uint32_t OpenSMF(SmfFile** smf, const char* path, uint32_t* format, uint8_t mode);
@@ -61,6 +82,9 @@ uint32_t GetSMFResolution(SmfFile* smf);
 uint32_t ReadMetaEvent(SmfFile* smf, uint32_t track, uint8_t type, const uint8_t** data, uint32_t* length);
 
 uint32_t SetSMFResolution(SmfFile* smf, uint32_t resolution);
+// The settings that WriteSMF bakes into a song track's events; 0 for a song
+// track out of range or a handle not open for writing.
+uint32_t SetSMFTrackSettings(SmfFile* smf, uint32_t songTrack, const SmfTrackSettings& settings);
 uint32_t WriteSMF(SmfFile* smf, uint32_t fileTrack, const MidiEvent* events, uint32_t count, uint32_t songTrack);
 uint32_t WriteMetaEvent(SmfFile* smf, uint32_t fileTrack, uint8_t type, const char* data, uint32_t time);
 

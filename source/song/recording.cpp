@@ -1,12 +1,13 @@
 #include "song/recording.h"
 
+#include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/sync_clock.h"
+#include "platform/command_ids.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
 #include "song/note_linking.h"
 #include "song/song_store.h"
-#include "transport/transport_state.h"
 
 std::array<uint32_t, 128> SoundingInput{};
 uint32_t QuantizeRecord = 0;

@@ -7,16 +7,17 @@
 #include <filesystem>
 #include <new>
 
+#include "midi/live_devices.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
 #include "smf/smf.h"
+#include "song/clock_placing.h"
 #include "song/note_linking.h"
 #include "song/song_store.h"
-#include "transport/clock_placing.h"
-#include "transport/song_tempo.h"
-#include "transport/transport_state.h"
+#include "song/song_tempo.h"
 
 using namespace platform;
 
@@ -218,9 +219,28 @@ uint8_t denominatorPower() {
   }
 }
 
+// What the writer bakes into a track: its settings, its first event's
+// channel and the length of its stored events, with the song's bar.
+SmfTrackSettings fileSettings(const TrackRecord& t) {
+  SmfTrackSettings settings;
+  settings.keyOffset = t.keyOffset;
+  settings.velocityOffset = t.velocityOffset;
+  settings.channel = t.channel;
+  settings.pan = t.pan;
+  settings.patch = t.patch;
+  settings.volume = t.volume;
+  settings.timeOffset = t.timeOffset;
+  settings.repeats = t.repeats;
+  settings.storedChannel = t.events != nullptr && t.count > 0 ? t.events[0].status & 0x0F : 0;
+  for (uint32_t i = 0; t.events != nullptr && i < t.count; ++i) settings.storedTicks += t.events[i].time;
+  settings.ticksPerBar = TicksPerBar;
+  return settings;
+}
+
 void writeTrack(SmfFile* smf, uint32_t fileTrack, uint32_t track) {
   TrackRecord& t = Tracks[track];
   AbsoluteToDelta(t.events, t.count);
+  SetSMFTrackSettings(smf, track, fileSettings(t));
   WriteSMF(smf, fileTrack, t.events, t.count, track);
   DeltaToAbsolute(t.events, t.count);
 }

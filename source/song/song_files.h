@@ -9,10 +9,6 @@
 
 struct SmfFile;
 
-inline constexpr uint32_t CMD_NEW_SONG = 24331;
-inline constexpr uint32_t CMD_OPEN_SONG = 24332;
-inline constexpr uint32_t CMD_SAVE_SONG = 24333;
-inline constexpr uint32_t CMD_SAVE_SONG_AS = 24334;
 
 extern int32_t SaveResult;        // the last save's or prompt's answer: 0 means do not go on
 extern SmfFile* SongReadHandle;   // the file a load is reading, null otherwise

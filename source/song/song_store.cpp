@@ -5,12 +5,15 @@
 #include <cstring>
 #include <new>
 
+#include "midi/live_devices.h"
 #include "midi/midi_out.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
-#include "transport/transport_state.h"
 
 std::array<TrackRecord, SongTrackCount + 1> Tracks;
+SharedWord<uint32_t> SongResolution = 120;
+SharedWord<uint32_t> Numerator = 1;
+SharedWord<uint32_t> Denominator = 4;
 SharedWord<uint32_t> TicksPerBar = 480;
 std::array<uint32_t, SongTrackCount + 1> ActiveTracks{};
 int32_t ActiveTrackCount = 0;
@@ -32,12 +35,6 @@ uint32_t EventRowCount = 0;
 
 void SetFrameTitle() {
   if (FrameWindow != nullptr) FrameWindow->setTitle("Velmora - [" + SongTitle + "]");
-}
-
-int FoldKey(int k) {
-  if (k < 0) return (k / -12 + 1) * 12 + k;
-  if (k > 127) return k - ((k - 127) / 12 + 1) * 12;
-  return k;
 }
 
 namespace {

@@ -37,6 +37,10 @@ struct TrackRecord {
 };
 
 extern std::array<TrackRecord, SongTrackCount + 1> Tracks;
+// The song's meter: ticks per quarter note, beats per bar and the beat's note value.
+extern SharedWord<uint32_t> SongResolution;
+extern SharedWord<uint32_t> Numerator;
+extern SharedWord<uint32_t> Denominator;
 extern SharedWord<uint32_t> TicksPerBar;
 // The tracks that hold an event array, in order of arrival; after a deletion,
 // rebuilt from track 0 up, so that the tempo track stands last.
@@ -128,6 +132,3 @@ void NotEnoughMemory();
 MidiEvent* AllocateEvents(uint32_t count);
 void FreeEvents(MidiEvent* events);
 
-// A key moved by an offset, folded back into 0..127 by whole octaves: -12
-// folds to 12, not to 0.
-int FoldKey(int key);

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 
+#include "midi/live_devices.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
 #include "platform/view_registry.h"
 #include "song/song_store.h"
-#include "transport/transport_state.h"
 
 SharedWord<uint32_t> FeedRemaining;
 SharedWord<uint32_t> FeedLastTime;

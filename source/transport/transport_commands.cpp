@@ -3,19 +3,21 @@
 #include <algorithm>
 
 #include "generator/generator_tick.h"
+#include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
 #include "smf/smf.h"
+#include "song/clock_placing.h"
 #include "song/recording.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
-#include "transport/clock_placing.h"
+#include "song/song_tempo.h"
 #include "transport/playback_feed.h"
-#include "transport/song_tempo.h"
-#include "transport/transport_state.h"
 
 namespace {
 

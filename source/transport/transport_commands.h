@@ -8,7 +8,6 @@
 #include <cstdint>
 
 #include "platform/message_loop.h"
-#include "transport/transport_state.h"
 
 
 // Runs a transport command, then brings the frame's commands up to date.

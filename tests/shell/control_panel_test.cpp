@@ -6,7 +6,7 @@
 
 #include "generator/bank.h"
 #include "generator/generator_tick.h"
-#include "generator/windows/control_panel_window.h"
+#include "shell/generator/control_panel_window.h"
 #include "shell_bench.h"
 
 namespace {

@@ -1,12 +1,13 @@
 // The settings dialogs, driven as a musician fills them in.
 #include <QLineEdit>
 
+#include "live/settings_dialogs.h"
+#include "midi/live_devices.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
 #include "shell/dialogs.h"
 #include "shell_bench.h"
 #include "song/song_store.h"
-#include "transport/settings_dialogs.h"
 
 namespace {
 

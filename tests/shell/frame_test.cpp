@@ -3,11 +3,13 @@
 #include <QMenuBar>
 #include <QToolBar>
 
-#include "generator/windows/control_panel_window.h"
+#include "midi/live_devices.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "shell/generator/control_panel_window.h"
 #include "shell_bench.h"
+#include "song/clock_placing.h"
 #include "song/song_store.h"
-#include "transport/clock_placing.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include "generator/windows/control_panel_window.h"
 #include "shell/about_dialog.h"
 #include "shell/dialogs.h"
+#include "shell/generator/control_panel_window.h"
 #include "shell_bench.h"
 
 namespace {

@@ -2,32 +2,30 @@
 // A bench for the window tests: Velmora started in this process on the Qt
 // message loop, with the virtual timer, loopback devices, settings in memory
 // and scripted answers to every prompt.
+#include <optional>
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QTest>
 #include <memory>
 
+#include "live/product_info.h"
 #include "midi/backends/loopback.h"
+#include "platform/installed_seams.h"
 #include "platform/prompts.h"
 #include "platform/settings_store.h"
 #include "platform/timers.h"
 #include "shell/application.h"
 #include "shell/control_bar.h"
 #include "shell/qt_platform.h"
-#include "transport/product_info.h"
-#include "transport/transport_state.h"
 
 class ShellBench : public ::testing::Test {
  protected:
   // outputs and inputs: how many loopback devices the machine has.
   void install(uint32_t outputs = 1, uint32_t inputs = 1) {
     devices = std::make_unique<LoopbackDevices>(outputs, inputs);
-    platform::installMessageLoop(&loop);
-    platform::installTimers(&timers);
-    platform::installMidiDevices(devices.get());
-    platform::installSettingsStore(&settings);
-    platform::installPrompts(&prompts);
+    seams.emplace(platform::Seams{
+        .loop = &loop, .timers = &timers, .devices = devices.get(), .settings = &settings, .prompts = &prompts});
   }
 
   // Velmora as the program starts it, without the splash.
@@ -44,11 +42,7 @@ class ShellBench : public ::testing::Test {
       frame.reset();
     }
     deliver();
-    platform::installPrompts(nullptr);
-    platform::installSettingsStore(nullptr);
-    platform::installMidiDevices(nullptr);
-    platform::installTimers(nullptr);
-    platform::installMessageLoop(nullptr);
+    seams.reset();
   }
 
   // Delivers what waits on the message loop and in Qt's queue.
@@ -84,5 +78,6 @@ class ShellBench : public ::testing::Test {
   std::unique_ptr<LoopbackDevices> devices;
   platform::MemorySettingsStore settings;
   platform::ScriptedPrompts prompts;
+  std::optional<platform::InstalledSeams> seams;
   std::unique_ptr<shell::MainFrame> frame;
 };

@@ -17,12 +17,12 @@
 #include <memory>
 #include <vector>
 
+#include "live/field_checks.h"
+#include "live/product_info.h"
 #include "platform/prompts.h"
 #include "shell/about_dialog.h"
 #include "shell/help.h"
 #include "shell/splash.h"
-#include "transport/field_checks.h"
-#include "transport/product_info.h"
 
 namespace {
 

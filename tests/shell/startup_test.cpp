@@ -3,10 +3,11 @@
 #include <QMdiSubWindow>
 #include <QStatusBar>
 
-#include "generator/windows/control_panel_window.h"
+#include "live/settings.h"
+#include "midi/transport_words.h"
+#include "shell/generator/control_panel_window.h"
 #include "shell_bench.h"
 #include "song/song_store.h"
-#include "transport/settings.h"
 
 namespace {
 

@@ -2,6 +2,7 @@
 // The generator on a test bench: the start-up set-up, the clock on the
 // virtual timer at exactly one tick per pass, and the loopback as output.
 
+#include <optional>
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -11,22 +12,22 @@
 #include "generator/functions.h"
 #include "generator/generator_tick.h"
 #include "midi/backends/loopback.h"
+#include "midi/live_devices.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/installed_seams.h"
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
 #include "platform/timers.h"
 #include "platform/view_registry.h"
-#include "transport/clock_placing.h"
-#include "transport/transport_state.h"
+#include "song/clock_placing.h"
+#include "song/song_store.h"
 
 class GeneratorBench : public ::testing::Test {
  protected:
   void SetUp() override {
-    platform::installMessageLoop(&loop);
-    platform::installTimers(&timers);
-    platform::installMidiDevices(&devices);
-    platform::installPrompts(&prompts);
+    seams.emplace(platform::Seams{.loop = &loop, .timers = &timers, .devices = &devices, .prompts = &prompts});
     ClearViewRegistry();
     ClockHooks = {};
     InstallGeneratorHooks();
@@ -48,10 +49,7 @@ class GeneratorBench : public ::testing::Test {
     CloseMidiOut(&TheMidiOut);
     loop.pump();
     ClockHooks = {};
-    platform::installPrompts(nullptr);
-    platform::installMidiDevices(nullptr);
-    platform::installTimers(nullptr);
-    platform::installMessageLoop(nullptr);
+    seams.reset();
   }
 
   // A Distribution cut down to the one value v.
@@ -89,4 +87,5 @@ class GeneratorBench : public ::testing::Test {
   platform::VirtualTimers timers;
   LoopbackDevices devices;
   platform::ScriptedPrompts prompts;
+  std::optional<platform::InstalledSeams> seams;
 };

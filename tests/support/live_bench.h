@@ -10,16 +10,21 @@
 #include <set>
 #include <string>
 
+#include "live/live_system.h"
 #include "midi/backends/loopback.h"
+#include "midi/live_devices.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
+#include "platform/installed_seams.h"
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
 #include "platform/settings_store.h"
 #include "platform/timers.h"
+#include "platform/view_registry.h"
 #include "song/song_store.h"
 #include "support/song_fixture.h"
 #include "support/song_views.h"
-#include "transport/live_system.h"
 #include "transport/transport_commands.h"
 
 // Loopback devices, with some that answer an open as a device in use would.
@@ -47,11 +52,8 @@ class RefusingDevices final : public platform::MidiDevices {
 class LiveBench : public ::testing::Test {
  protected:
   void SetUp() override {
-    platform::installSettingsStore(&store);
-    platform::installMessageLoop(&loop);
-    platform::installTimers(&timers);
-    platform::installMidiDevices(&devices);
-    platform::installPrompts(&prompts);
+    seams.emplace(platform::Seams{
+        .loop = &loop, .timers = &timers, .devices = &devices, .settings = &store, .prompts = &prompts});
     ClearViewRegistry();
     ClearSongTracks();
     ControlBar = &bar;
@@ -69,11 +71,7 @@ class LiveBench : public ::testing::Test {
     ClearViewRegistry();
     ClearSongTracks();
     ClockHooks = {};
-    platform::installPrompts(nullptr);
-    platform::installMidiDevices(nullptr);
-    platform::installTimers(nullptr);
-    platform::installMessageLoop(nullptr);
-    platform::installSettingsStore(nullptr);
+    seams.reset();
   }
 
   void start() {
@@ -135,6 +133,7 @@ class LiveBench : public ::testing::Test {
   platform::VirtualTimers timers;
   RefusingDevices devices;
   platform::ScriptedPrompts prompts;
+  std::optional<platform::InstalledSeams> seams;
   TransportWindow controlBar;
   RecordingControlBar bar;
   RecordingFrame frame;

@@ -2,6 +2,7 @@
 // A test bench for the MIDI toolkit: the manual message loop, the virtual
 // timer and one loopback device, with a notification window that records.
 
+#include <optional>
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -9,9 +10,10 @@
 #include "midi/backends/loopback.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/installed_seams.h"
 #include "platform/message_loop.h"
 #include "platform/timers.h"
-#include "transport/transport_state.h"
 
 struct Notice {
   uint32_t msg;
@@ -39,9 +41,7 @@ class RecordingWindow final : public platform::MessageTarget {
 class MidiBench : public ::testing::Test {
  protected:
   void SetUp() override {
-    platform::installMessageLoop(&loop);
-    platform::installTimers(&timers);
-    platform::installMidiDevices(&devices);
+    seams.emplace(platform::Seams{.loop = &loop, .timers = &timers, .devices = &devices});
     ClockHooks = {};
     Generating = 0;
     Draining = 0;
@@ -52,9 +52,7 @@ class MidiBench : public ::testing::Test {
     CloseSync(&clock);
     CloseMidiOut(&out);
     loop.pump();
-    platform::installMidiDevices(nullptr);
-    platform::installTimers(nullptr);
-    platform::installMessageLoop(nullptr);
+    seams.reset();
   }
 
   // The clock as the application opens it: internal, 10 ms, 120 ticks a
@@ -103,6 +101,7 @@ class MidiBench : public ::testing::Test {
   platform::ManualLoop loop;
   platform::VirtualTimers timers;
   LoopbackDevices devices;
+  std::optional<platform::InstalledSeams> seams;
   RecordingWindow window;
   SyncClock* clock = nullptr;
   MidiOutHandle* out = nullptr;

@@ -7,7 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "midi/live_devices.h"
+#include "midi/transport_words.h"
 #include "platform/prompts.h"
+#include "platform/view_registry.h"
 #include "smf/smf.h"
 #include "song/note_linking.h"
 #include "song/song_files.h"

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "platform/command_ids.h"
 #include "platform/message_loop.h"
 #include "platform/view_registry.h"
-#include "transport/transport_state.h"
 
 class RecordingControlBar final : public platform::ControlBarView {
  public:

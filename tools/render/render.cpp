@@ -13,21 +13,25 @@
 #include "generator/generator_tick.h"
 #include "generator/setup_files.h"
 #include "midi/backends/device_list.h"
+#include "midi/live_devices.h"
 #include "midi/midi_event.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
+#include "platform/installed_seams.h"
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
 #include "platform/timers.h"
+#include "platform/view_registry.h"
 #include "smf/smf.h"
+#include "song/clock_placing.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
-#include "transport/clock_placing.h"
+#include "song/song_tempo.h"
 #include "transport/playback_feed.h"
 #include "transport/transport_commands.h"
-#include "transport/song_tempo.h"
-#include "transport/transport_state.h"
 
 using namespace platform;
 
@@ -444,23 +448,12 @@ bool Render(const RenderOptions& options, std::string& error) {
   ThreadTimers realTimers;
   ManualLoop manualLoop;
   std::unique_ptr<ThreadedLoop> threadedLoop;
-  if (options.realtime) {
-    threadedLoop = std::make_unique<ThreadedLoop>();
-    installTimers(&realTimers);
-    installMessageLoop(threadedLoop.get());
-  } else {
-    installTimers(&virtualTimers);
-    installMessageLoop(&manualLoop);
-  }
-  installMidiDevices(&devices);
+  if (options.realtime) threadedLoop = std::make_unique<ThreadedLoop>();
   QuietPrompts prompts;
-  installPrompts(&prompts);
-  const auto uninstall = [&] {
-    installPrompts(nullptr);
-    installMidiDevices(nullptr);
-    installMessageLoop(nullptr);
-    installTimers(nullptr);
-  };
+  const InstalledSeams seams({.loop = options.realtime ? static_cast<MessageLoop*>(threadedLoop.get()) : &manualLoop,
+                              .timers = options.realtime ? static_cast<Timers*>(&realTimers) : &virtualTimers,
+                              .devices = &devices,
+                              .prompts = &prompts});
 
   startUpState();
   ClockPassCount = 0;  // the log counts this run's passes
@@ -475,7 +468,6 @@ bool Render(const RenderOptions& options, std::string& error) {
     error = "cannot open output device " + std::to_string(out) + ": " + midiInGetErrorText(opened);
     CloseSync(&TheClock);
     ControlBarWindow = nullptr;
-    uninstall();
     return false;
   }
   ResetSong();  // 120 ticks a quarter at 60 beats a minute
@@ -496,7 +488,6 @@ bool Render(const RenderOptions& options, std::string& error) {
   manualLoop.pump();
   ControlBarWindow = nullptr;
   ClockHooks = {};
-  uninstall();
   if (!log.close() && error.empty()) error = "cannot write the log '" + options.log + "'";
   return error.empty();
 }

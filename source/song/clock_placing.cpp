@@ -1,10 +1,14 @@
-#include "transport/clock_placing.h"
+#include "song/clock_placing.h"
 
 #include <algorithm>
 
+#include "midi/live_devices.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
-#include "transport/transport_state.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
+#include "platform/view_registry.h"
+#include "song/song_store.h"
 
 void PlaceClock(SyncClock* clock, uint32_t p) {
   if (clock == nullptr) return;

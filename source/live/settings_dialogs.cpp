@@ -1,4 +1,4 @@
-#include "transport/settings_dialogs.h"
+#include "live/settings_dialogs.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,18 +6,20 @@
 #include <cstdio>
 
 #include "generator/bank.h"
+#include "live/field_checks.h"
+#include "live/live_system.h"
+#include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
 #include "platform/view_registry.h"
+#include "song/clock_placing.h"
 #include "song/recording.h"
 #include "song/song_store.h"
-#include "transport/clock_placing.h"
-#include "transport/field_checks.h"
-#include "transport/live_system.h"
+#include "song/song_tempo.h"
 #include "transport/playback_feed.h"
-#include "transport/song_tempo.h"
-#include "transport/transport_state.h"
 
 // The first-run values, until the live system takes the settings.
 std::string NumeratorText = "1";

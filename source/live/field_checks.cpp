@@ -1,4 +1,4 @@
-#include "transport/field_checks.h"
+#include "live/field_checks.h"
 
 #include <algorithm>
 #include <cctype>

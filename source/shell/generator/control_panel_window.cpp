@@ -1,4 +1,4 @@
-#include "generator/windows/control_panel_window.h"
+#include "shell/generator/control_panel_window.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -12,10 +12,10 @@
 #include "generator/bank.h"
 #include "generator/control_panel.h"
 #include "generator/functions.h"
+#include "live/field_checks.h"
+#include "platform/command_ids.h"
 #include "platform/prompts.h"
 #include "shell/dialog_support.h"
-#include "transport/field_checks.h"
-#include "transport/transport_state.h"
 
 namespace shell {
 

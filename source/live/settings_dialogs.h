@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/command_ids.h"
 #include "transport/transport_commands.h"  // SongStart, SongEnd
 
 // ---- Settings held as text, exactly as typed after trimming ----
@@ -127,9 +128,9 @@ void GoToSongEnd();
 
 // ---- Filters 103 (input), 104 (output), 101 (quantize on record) ----
 
-inline constexpr uint32_t DLG_INPUT_FILTERS = 103;     // "Input Filters", check boxes from 1400
-inline constexpr uint32_t DLG_OUTPUT_FILTERS = 104;    // "Output Filtros", check boxes from 1500
-inline constexpr uint32_t DLG_QUANTIZE_FILTERS = 101;  // "Filters", check boxes from 1700
+// DLG_INPUT_FILTERS: "Input Filters", check boxes from 1400; DLG_OUTPUT_FILTERS:
+// "Output Filtros", check boxes from 1500; DLG_QUANTIZE_FILTERS: "Filters",
+// check boxes from 1700.
 
 // The seven low bits of the dialog's filter word: bit i is check box base + i.
 uint32_t FilterDialogBits(uint32_t dialogId);

@@ -1,12 +1,12 @@
-#include "transport/song_tempo.h"
+#include "song/song_tempo.h"
 
 #include <cstdio>
 
+#include "midi/live_devices.h"
 #include "midi/midi_event.h"
 #include "midi/sync_clock.h"
 #include "platform/view_registry.h"
 #include "song/song_store.h"
-#include "transport/transport_state.h"
 
 double TempoFraction = 0;
 

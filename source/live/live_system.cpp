@@ -1,25 +1,27 @@
-#include "transport/live_system.h"
+#include "live/live_system.h"
 
 #include <array>
 #include <string>
 
 #include "generator/bank.h"
 #include "generator/generator_tick.h"
+#include "live/field_checks.h"
+#include "live/settings_dialogs.h"
+#include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
+#include "midi/transport_words.h"
+#include "platform/command_ids.h"
 #include "platform/midi_devices.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
 #include "smf/smf.h"
+#include "song/clock_placing.h"
 #include "song/recording.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
-#include "transport/clock_placing.h"
-#include "transport/field_checks.h"
 #include "transport/playback_feed.h"
-#include "transport/settings_dialogs.h"
-#include "transport/transport_state.h"
 
 namespace {
 

@@ -1,13 +1,14 @@
-#include "transport/settings.h"
+#include "live/settings.h"
 
 #include <array>
 #include <optional>
 #include <variant>
 
 #include "generator/bank.h"
+#include "live/product_info.h"
+#include "platform/prompts.h"
 #include "platform/settings_store.h"
-#include "transport/product_info.h"
-#include "transport/transport_state.h"
+#include "song/song_store.h"
 
 using platform::SettingsLevel;
 using platform::SettingsType;

@@ -1,4 +1,4 @@
-#include "transport/product_info.h"
+#include "live/product_info.h"
 
 #ifndef VELMORA_PRODUCT_NAME
 #error "the build defines VELMORA_PRODUCT_NAME"

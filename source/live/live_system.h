@@ -6,8 +6,8 @@
 
 #include <cstdint>
 
+#include "live/settings.h"
 #include "platform/message_loop.h"
-#include "transport/settings.h"
 
 // The Control Bar's creation after its controls exist: the live Bank's
 // defaults, the settings, an empty song at 120 ticks a quarter and 60 beats

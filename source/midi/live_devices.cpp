@@ -1,0 +1,5 @@
+#include "midi/live_devices.h"
+
+SyncClock* TheClock = nullptr;
+MidiInHandle* TheMidiIn = nullptr;
+MidiOutHandle* TheMidiOut = nullptr;

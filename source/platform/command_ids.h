@@ -1,0 +1,153 @@
+#pragma once
+// The ids by which windows, controls and the engine address each other: the
+// messages of the controls, the commands of the Control Bar and of the
+// frame's menus, and the ids of dialogs and of the fields inside them. They
+// are the resource numbers every layer agrees on, declared here once.
+
+#include <cstdint>
+
+// A command reaches its window as WM_COMMAND: param1's low word is the
+// command's or control's id, its high word a control's notification code.
+inline constexpr uint32_t WM_COMMAND = 0x0111;
+inline constexpr uint32_t WM_VSCROLL = 0x0115;
+
+// The messages of our controls.
+inline constexpr uint32_t BUTTON_SET_STATE = 1324;  // param1 0 or 1: raised or pressed
+inline constexpr uint32_t BAR_SET_VALUE = 1426;
+inline constexpr uint32_t BAR_GET_VALUE = 1427;
+inline constexpr uint32_t BAR_GET_TRACK = 1430;
+inline constexpr uint32_t BAR_SET_COLOR = 1431;
+inline constexpr uint32_t HBAR_INIT = 1124;
+inline constexpr uint32_t HBAR_SET_VALUE = 1126;
+inline constexpr uint32_t HBAR_GET_VALUE = 1128;
+// A horizontal bar asks its host for its colour; the answer is 0 for the
+// bar's own, or the colour as 0x00BBGGRR plus 1 << 24.
+inline constexpr uint32_t HBAR_GET_COLOR = 1131;
+// The scroll codes of the up-down control: a new position, the end of a scroll.
+inline constexpr uint32_t SB_THUMBPOSITION = 4;
+inline constexpr uint32_t SB_THUMBTRACK = 5;
+inline constexpr uint32_t SB_ENDSCROLL = 8;
+// A bar's report codes: 0 while the user drags, non-zero for a finished move.
+inline constexpr uint32_t BAR_TRACKING = 0;
+inline constexpr uint32_t BAR_MOVED = 1;
+
+// The Control Bar's buttons; each is also the command it sends.
+inline constexpr uint32_t CMD_STOP = 100;
+inline constexpr uint32_t CMD_PLAY = 101;
+inline constexpr uint32_t CMD_REWIND = 102;
+inline constexpr uint32_t CMD_GO_TO_END = 103;
+inline constexpr uint32_t CMD_RECORD = 104;
+inline constexpr uint32_t CMD_QUANTIZE_RECORD = 105;
+inline constexpr uint32_t CMD_PANIC = 106;
+inline constexpr uint32_t CMD_MIDI_SYNC = 107;
+inline constexpr uint32_t CMD_INTERNAL_CLOCK = 108;
+inline constexpr uint32_t CMD_METRONOME = 109;
+inline constexpr uint32_t CMD_LINK = 110;
+inline constexpr uint32_t CMD_GENERATE = 200;
+
+// The Control Bar's other controls: the meter and tempo fields, the tempo's
+// up-down control and the region's fields.
+inline constexpr uint32_t ID_TEMPO_UPDOWN = 1119;
+inline constexpr uint32_t ID_TEMPO_FIELD = 1175;
+inline constexpr uint32_t ID_NUMERATOR_FIELD = 1180;
+inline constexpr uint32_t ID_DENOMINATOR_FIELD = 1181;
+inline constexpr uint32_t ID_FROM_FIELD = 2050;
+inline constexpr uint32_t ID_TO_FIELD = 2051;
+
+// The frame's menu commands. File:
+inline constexpr uint32_t CMD_NEW_SONG = 24331;
+inline constexpr uint32_t CMD_OPEN_SONG = 24332;
+inline constexpr uint32_t CMD_SAVE_SONG = 24333;
+inline constexpr uint32_t CMD_SAVE_SONG_AS = 24334;
+inline constexpr uint32_t CMD_OPEN_SETUP = 1616;
+inline constexpr uint32_t CMD_SAVE_SETUP_AS = 1617;
+inline constexpr uint32_t CMD_EXIT = 24310;
+// View:
+inline constexpr uint32_t CMD_VIEW_TRACKS = 1619;
+inline constexpr uint32_t CMD_VIEW_EVENTS = 1620;
+inline constexpr uint32_t CMD_VIEW_CONTROLLERS = 1621;
+inline constexpr uint32_t CMD_VIEW_LYRICS = 1628;
+inline constexpr uint32_t CMD_VIEW_CONTROL_PANEL = 1624;
+inline constexpr uint32_t CMD_VIEW_DISTRIBUTIONS = 1623;
+inline constexpr uint32_t CMD_VIEW_FUNCTIONS = 1622;
+inline constexpr uint32_t CMD_VIEW_BOARDS = 1625;
+inline constexpr uint32_t CMD_VIEW_BANKS = 1626;
+// Realtime:
+inline constexpr uint32_t CMD_QUANTIZE_RECORD_SETTINGS = 1608;
+// Select:
+inline constexpr uint32_t CMD_SELECT_FROM = 1184;
+inline constexpr uint32_t CMD_SELECT_TO = 1185;
+inline constexpr uint32_t CMD_SELECT_FROM_NOW = 1190;
+inline constexpr uint32_t CMD_SELECT_TO_NOW = 1191;
+inline constexpr uint32_t CMD_SELECT_FROM_HOME = 1192;
+inline constexpr uint32_t CMD_SELECT_TO_END = 1193;
+// Goto:
+inline constexpr uint32_t CMD_GO_TO_TIME = 1178;
+inline constexpr uint32_t CMD_GO_TO_BEGINNING = 1194;
+inline constexpr uint32_t CMD_GO_TO_SONG_END = 1195;
+// Edit:
+inline constexpr uint32_t CMD_COPY = 1186;
+inline constexpr uint32_t CMD_CUT = 1187;
+inline constexpr uint32_t CMD_PASTE = 1188;
+inline constexpr uint32_t CMD_QUANTIZE = 1609;
+inline constexpr uint32_t CMD_LENGTH = 1614;
+inline constexpr uint32_t CMD_TRANSPOSE = 1613;
+inline constexpr uint32_t CMD_VELOCITY = 1612;
+inline constexpr uint32_t CMD_SLIDE = 1611;
+// Track:
+inline constexpr uint32_t CMD_TRACK_DELETE = 1189;
+inline constexpr uint32_t CMD_TRACK_PROPERTIES = 1196;
+inline constexpr uint32_t CMD_TRACK_SELECT = 1197;
+// Settings:
+inline constexpr uint32_t CMD_MENU_LINK = 1618;
+inline constexpr uint32_t CMD_SEED = 1627;
+inline constexpr uint32_t CMD_TEMPO = 1606;
+inline constexpr uint32_t CMD_METER = 1610;
+inline constexpr uint32_t CMD_METRONOME_SETTINGS = 1615;
+inline constexpr uint32_t CMD_MENU_INTERNAL_CLOCK = 1600;
+inline constexpr uint32_t CMD_MENU_MIDI_SYNC = 1601;
+inline constexpr uint32_t CMD_MIDI_DEVICES = 1554;
+inline constexpr uint32_t CMD_MIDI_THRU = 1555;
+inline constexpr uint32_t CMD_RESOLUTION = 1607;
+inline constexpr uint32_t CMD_INPUT_FILTERS = 1422;
+inline constexpr uint32_t CMD_OUTPUT_FILTERS = 1522;
+// Window:
+inline constexpr uint32_t CMD_ARRANGE = 24360;  // a hint of the string table without a menu entry
+inline constexpr uint32_t CMD_CASCADE = 24361;
+inline constexpr uint32_t CMD_TILE = 24362;
+inline constexpr uint32_t CMD_ARRANGE_ICONS = 24364;
+inline constexpr uint32_t CMD_CLOSE_ALL = 24365;
+inline constexpr uint32_t CMD_FIRST_CHILD_WINDOW = 4100;  // the Window menu's list of views
+// Help:
+inline constexpr uint32_t CMD_HELP_CONTENTS = 1202;
+inline constexpr uint32_t CMD_HELP_USING = 1203;
+inline constexpr uint32_t CMD_ABOUT = 2009;
+inline constexpr uint32_t CMD_ABOUT_HINT = 2008;    // a second hint of the string table for About
+inline constexpr uint32_t CMD_FILE_MENU_HINT = 65535;  // the File menu's own hint
+
+// Dialogs, and the fields inside them.
+inline constexpr uint32_t DLG_QUANTIZE_FILTERS = 101;
+inline constexpr uint32_t DLG_QUANTIZE_RECORD = 102;
+inline constexpr uint32_t DLG_INPUT_FILTERS = 103;
+inline constexpr uint32_t DLG_OUTPUT_FILTERS = 104;
+inline constexpr uint32_t DLG_TEMPO = 105;
+inline constexpr uint32_t DLG_FROM = 106;
+inline constexpr uint32_t DLG_TO = 107;
+inline constexpr uint32_t DLG_GO_TO = 108;
+inline constexpr uint32_t DLG_RESOLUTION = 109;
+inline constexpr uint32_t DLG_SEED = 130;
+inline constexpr uint32_t ID_RESOLUTION_FIELD = 1176;
+inline constexpr uint32_t ID_QUANTIZE_RESOLUTION_FIELD = 1177;
+inline constexpr uint32_t ID_GO_TO_FIELD = 1179;
+inline constexpr uint32_t ID_SEED_FIELD = 517;
+inline constexpr uint32_t ID_METER_DENOMINATOR = 2101;
+inline constexpr uint32_t ID_METER_NUMERATOR = 2102;
+inline constexpr uint32_t ID_DEVICES_IN_NAME = 1106;
+inline constexpr uint32_t ID_DEVICES_OUT_NAME = 1107;
+inline constexpr uint32_t ID_DEVICES_IN_LIST = 1108;
+inline constexpr uint32_t ID_DEVICES_OUT_LIST = 1109;
+inline constexpr uint32_t ID_ABOUT_MAIL_TO = 100;
+inline constexpr uint32_t ID_ABOUT_HTTP = 101;
+inline constexpr uint32_t ID_ABOUT_PRODUCT = 22001;
+inline constexpr uint32_t ID_ABOUT_COPYRIGHT = 22002;
+inline constexpr uint32_t ID_ABOUT_SPECIAL = 22003;
