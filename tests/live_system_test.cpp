@@ -63,8 +63,8 @@ TEST_F(LiveSystem, TheSongStartsEmptyAt120TicksAndSixtyBeatsAMinute) {
   EXPECT_EQ(GetResolution(TheClock), 120u);
   EXPECT_EQ(GetTempo(TheClock), 1000000u);
   EXPECT_EQ(TempoFraction, 0.0);
-  EXPECT_EQ(bar.fields[1175], "60.00");
-  EXPECT_EQ(bar.tempoPosition, 60);
+  EXPECT_NEAR(bar.tempo, 60.00, 0.005);
+  EXPECT_NEAR(bar.upDownTempo, 60, 0.005) << "the up-down control moves too";
   ASSERT_EQ(ActiveTrackCount, 1);
   EXPECT_EQ(ActiveTracks[0], TempoTrack);
   ASSERT_EQ(Tracks[TempoTrack].count, 1u);

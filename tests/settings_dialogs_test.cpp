@@ -26,8 +26,7 @@ class Dialogs : public LiveBench {
     start();
   }
   void TearDown() override {
-    EventRows.reset();
-    EventRowCount = 0;
+    EventRows = nullptr;
     LiveBench::TearDown();
   }
 
@@ -97,8 +96,8 @@ TEST_F(Dialogs, Tempo13333LeavesTheTempo450011AndTheBarShows13333WithItsControlA
   ASSERT_TRUE(ApplyTempoDialog("133.33", true));
   EXPECT_EQ(GetTempo(TheClock), 450011u);
   EXPECT_EQ(EventTempo(Tracks[TempoTrack].events[0]), 450011u);
-  EXPECT_EQ(bar.fields[1175], "133.33");
-  EXPECT_EQ(bar.tempoPosition, 133);
+  EXPECT_NEAR(bar.tempo, 133.33, 0.005);
+  EXPECT_NEAR(bar.upDownTempo, 133.33, 0.005) << "the up-down control moves too";
   EXPECT_NEAR(TempoFraction, 0.33, 1e-9);
   EXPECT_EQ(SongDirty, 1u);
 }
@@ -106,7 +105,7 @@ TEST_F(Dialogs, Tempo13333LeavesTheTempo450011AndTheBarShows13333WithItsControlA
 TEST_F(Dialogs, TheTempoControlAddsTheFractionBack) {
   ASSERT_TRUE(ApplyTempoDialog("100.5", true));
   TempoEntry(101);
-  EXPECT_EQ(bar.fields[1175], "101.50");
+  EXPECT_NEAR(bar.tempo, 101.50, 0.005);
   EXPECT_EQ(GetTempo(TheClock), static_cast<uint32_t>(60000000.0 / 101.5));
 }
 
@@ -116,7 +115,7 @@ TEST_F(Dialogs, TempoOkWithoutAnEditStillMarksTheSongChangedAndKeepsTheTempo) {
   EXPECT_TRUE(ApplyTempoDialog("nonsense", false));
   EXPECT_EQ(SongDirty, 1u);
   EXPECT_EQ(GetTempo(TheClock), 450011u);
-  EXPECT_EQ(bar.fields[1175], "133.33");
+  EXPECT_NEAR(bar.tempo, 133.33, 0.005);
 }
 
 // ---- Resolution ----
@@ -370,9 +369,9 @@ TEST_F(Dialogs, EditingNothingInFromToOrGoToLeavesTheBoundsUntouched) {
 TEST_F(Dialogs, GoToMovesTheSongAndTheClockAndTheEventsListsRow) {
   fourFour();
   install(0, {note(0), note(240), note(480), note(960)});
-  EventRowCount = 4;
-  EventRows.reset(new EventRow[4]);
-  for (uint32_t r = 0; r < 4; ++r) EventRows[r] = {&Tracks[0].events[r], 0};
+  RecordingEventRows rows;
+  rows.times = {0, 240, 480, 960};
+  EventRows = &rows;
   EventsOpen = 1;
   EventsList = &list;
   ApplyGoToDialog("2:1:0", true);

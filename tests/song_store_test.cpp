@@ -17,12 +17,14 @@ class SongTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ClearSongTracks();
+    TrackRows = &trackRows;
     SongResolution = 120;
     Numerator = 4;
     platform::installPrompts(&prompts);
   }
   void TearDown() override {
     ClearSongTracks();
+    TrackRows = nullptr;
     platform::installPrompts(nullptr);
   }
   // Installs absolute-time events, given here in delta time, into a track.
@@ -31,6 +33,7 @@ class SongTest : public ::testing::Test {
   }
   static std::vector<uint32_t> active() { return {ActiveTracks.begin(), ActiveTracks.begin() + ActiveTrackCount}; }
   platform::ScriptedPrompts prompts;
+  RecordingTrackRows trackRows;
 };
 
 // ---- the store ----
@@ -111,7 +114,7 @@ TEST_F(SongTest, DeleteTakesTheTrackOutOfTheOpenTracksListAndRefreshesTheEventsL
   EXPECT_EQ(frame.updates, 1);
   EXPECT_EQ(eventsWindow.refreshes, 1);
   EXPECT_EQ(events.repaints, 1);
-  EXPECT_FALSE(TrackRows[2]);
+  EXPECT_FALSE(trackRows.has(2));
   ClearViewRegistry();
 }
 
@@ -132,30 +135,16 @@ TEST_F(SongTest, TheTempoTrackIsNeverTouched) {
   for (uint32_t word = 0; word < 7; ++word) EXPECT_EQ(TouchedTracks[word], 0u);
 }
 
-TEST_F(SongTest, ATrackRowShowsTheSettingsAndMarksTheSongChanged) {
-  TrackRecord& t = Tracks[4];
-  t.playOff = 1;
-  t.keyOffset = -12;
-  t.velocityOffset = 5;
-  t.timeOffset = 480;
-  t.channel = 9;
-  t.repeats = 65535;
-  t.pan = 64;
+TEST_F(SongTest, BuildingATrackRowHasTheManagerBuildItAndMarksTheSongChanged) {
+  Tracks[4].pan = 64;
   SongDirty = 0;
   BuildTrackRow(4);
-  const TrackRow& row = *TrackRows[4];
-  EXPECT_STREQ(row.play, "Off");
-  EXPECT_STREQ(row.key, "-12");
-  EXPECT_STREQ(row.velocity, "5");
-  EXPECT_STREQ(row.time, "00002:01:000");
-  EXPECT_STREQ(row.channel, "10");
-  EXPECT_STREQ(row.repeats, "65535");
-  EXPECT_STREQ(row.pan, "64");
-  EXPECT_STREQ(row.volume, "- - -");
-  EXPECT_STREQ(row.patch, "- - -");
+  EXPECT_TRUE(trackRows.has(4));
+  EXPECT_EQ(trackRows.builds, 1);
   EXPECT_EQ(SongDirty, 1u);
+  BuildTrackRow(SongTrackCount + 1);
+  EXPECT_EQ(trackRows.builds, 1) << "no row past the tempo track";
   SongDirty = 0;
-  TrackRows[4].reset();
 }
 
 // ---- pairing ----

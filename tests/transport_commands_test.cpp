@@ -146,9 +146,9 @@ TEST_F(Transport, GoToEndInASongWithoutTracksGoesTo0) {
 
 TEST_F(Transport, GoToEndSetsTheEventsListOnTheRowBeforeThePosition) {
   install(0, {event(0, 0x90, 60, 90), event(300, 0x90, 60, 0)});
-  MidiEvent* e = Tracks[0].events;
-  EventRows.reset(new EventRow[2]{{&e[0], 0}, {&e[1], 0}});
-  EventRowCount = 2;
+  RecordingEventRows rows;
+  rows.times = {0, 300};
+  EventRows = &rows;
   RecordingList events;
   EventsList = &events;
   EventsOpen = 1;
@@ -208,9 +208,9 @@ TEST_F(Transport, WithLinkOnAndTheGeneratorRunningPlayRestartsTheClockWithTheSon
 
 TEST_F(Transport, PlayRemembersTheEventsListsTopRowAndTheSeekPlacesItsCursor) {
   install(0, {event(0, 0x90, 60, 90), event(100, 0x90, 60, 0), event(200, 0xB0, 7, 1)});
-  MidiEvent* e = Tracks[0].events;
-  EventRows.reset(new EventRow[3]{{&e[0], 0}, {&e[1], 0}, {&e[2], 0}});
-  EventRowCount = 3;
+  RecordingEventRows rows;
+  rows.times = {0, 100, 200};
+  EventRows = &rows;
   RecordingList events;
   events.top = 1;
   EventsList = &events;
@@ -226,10 +226,9 @@ TEST_F(Transport, PlayRemembersTheEventsListsTopRowAndTheSeekPlacesItsCursor) {
 TEST_F(Transport, TheFollowMovesTheCursorWithTheMusicAndTurnsTheListAPageAtATime) {
   install(0, {event(0, 0x90, 60, 90), event(10, 0x90, 60, 0), event(20, 0x90, 62, 90), event(30, 0x90, 62, 0),
               event(40, 0x90, 64, 90), event(50, 0x90, 64, 0)});
-  MidiEvent* e = Tracks[0].events;
-  EventRows.reset(new EventRow[6]);
-  for (int i = 0; i < 6; ++i) EventRows[i] = {&e[i], 0};
-  EventRowCount = 6;
+  RecordingEventRows rows;
+  rows.times = {0, 10, 20, 30, 40, 50};
+  EventRows = &rows;
   RecordingList events;
   EventsList = &events;
   EventsOpen = 1;

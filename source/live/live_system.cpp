@@ -107,8 +107,7 @@ void freeSong() {
   }
   ActiveTrackCount = 0;
   for (auto& name : TrackNames) name.reset();
-  EventRows.reset();
-  EventRowCount = 0;
+  if (EventRows != nullptr) EventRows->dropRows();
 }
 
 }  // namespace

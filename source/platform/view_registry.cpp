@@ -17,6 +17,8 @@ platform::RefreshableView* FunctionsWindow = nullptr;
 platform::RefreshableView* BoardsWindow = nullptr;
 platform::RefreshableView* BanksWindow = nullptr;
 platform::ControlBarView* ControlBar = nullptr;
+platform::TrackRowsView* TrackRows = nullptr;
+platform::EventRowsView* EventRows = nullptr;
 platform::FrameView* FrameWindow = nullptr;
 uint32_t EventsRowsInSight = 0;
 platform::MessageTarget* ControlBarWindow = nullptr;
@@ -66,5 +68,7 @@ void ClearViewRegistry() {
   LyricsWindow = ControlPanelWindow = DistributionsWindow = FunctionsWindow = BoardsWindow = BanksWindow = nullptr;
   ControlBar = nullptr;
   FrameWindow = nullptr;
+  TrackRows = nullptr;
+  EventRows = nullptr;
   EventsRowsInSight = 0;
 }

@@ -59,10 +59,12 @@ class LyricsEditView {
 // the song commands set them. UI thread only.
 class ControlBarView {
  public:
-  // The static fields: 1175 tempo, 1180 and 1181 meter, 2050 and 2051 region.
+  // The static fields: 1180 and 1181 meter, 2050 and 2051 region.
   virtual void setFieldText(uint32_t id, const std::string& text) = 0;
-  // The tempo's up-down control, 1119.
-  virtual void setTempoPosition(int32_t position) = 0;
+  // The tempo in beats per minute, in its field and on its up-down control.
+  virtual void showTempo(double beatsPerMinute) = 0;
+  // The tempo in its field alone, as when the up-down control itself moved.
+  virtual void showTempoField(double beatsPerMinute) = 0;
   virtual void enableControl(uint32_t id, bool enabled) = 0;
   // Draws the position counter at a tick.
   virtual void drawCounter(uint32_t ticks) = 0;
@@ -74,7 +76,8 @@ class ControlBarView {
 // The frame window: its title and the gray state of its menu and toolbar.
 class FrameView {
  public:
-  virtual void setTitle(const std::string& title) = 0;
+  // The song's name, which the frame's title shows.
+  virtual void showSongTitle(const std::string& songTitle) = 0;
   // Applies the gray rules to every command that the transport state governs.
   virtual void updateCommandStates() = 0;
   // Sets or clears the check mark of a menu entry.
@@ -82,6 +85,31 @@ class FrameView {
 
  protected:
   ~FrameView() = default;
+};
+
+// The Tracks manager's rows: each song track's settings as texts, kept ready
+// for painting. A row is built when the track's settings are set and dropped
+// when the track goes; a row is not rebuilt by itself when the record changes.
+class TrackRowsView {
+ public:
+  virtual void buildRow(uint32_t track) = 0;
+  virtual void dropRow(uint32_t track) = 0;
+
+ protected:
+  ~TrackRowsView() = default;
+};
+
+// The Events list's rows, each an event of the selected tracks in time order:
+// the list builds them, the playback cursor and Go to read their times.
+class EventRowsView {
+ public:
+  virtual uint32_t rowCount() = 0;
+  virtual uint32_t rowTime(uint32_t row) = 0;
+  // The rows go, before the events they point into are freed.
+  virtual void dropRows() = 0;
+
+ protected:
+  ~EventRowsView() = default;
 };
 
 // A view fake that counts its refreshes.
@@ -108,6 +136,10 @@ extern platform::RefreshableView* FunctionsWindow;
 extern platform::RefreshableView* BoardsWindow;
 extern platform::RefreshableView* BanksWindow;
 extern platform::ControlBarView* ControlBar;
+// The shell keeps the track rows for the life of the program; null without a shell.
+extern platform::TrackRowsView* TrackRows;
+// Null while no Events list keeps rows.
+extern platform::EventRowsView* EventRows;
 extern platform::FrameView* FrameWindow;
 // Rows of the Events list in sight, which its view works out on each change of size.
 extern uint32_t EventsRowsInSight;

@@ -6,6 +6,7 @@
 #include "platform/midi_devices.h"
 #include "platform/prompts.h"
 #include "shell/generator/control_panel_window.h"
+#include "shell/song/track_rows.h"
 #include "shell/splash.h"
 
 namespace shell {
@@ -27,6 +28,8 @@ bool CheckMidiDevices() {
 std::unique_ptr<MainFrame> StartVelmora(const StartOptions& options) {
   if (!CheckMidiDevices()) return nullptr;
   ClearViewRegistry();
+  TheTrackRows().clear();
+  TrackRows = &TheTrackRows();
   // The generator's set-up comes first, so that the settings the Control Bar reads are not reset after it.
   GeneratorStartUp();
   auto frame = std::make_unique<MainFrame>();

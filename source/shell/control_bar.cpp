@@ -142,7 +142,16 @@ void ControlBarWidget::setFieldText(uint32_t id, const std::string& text) {
   if (QLabel* label = field(id)) label->setText(QString::fromStdString(text));
 }
 
-void ControlBarWidget::setTempoPosition(int32_t position) { tempo_->setPosition(position); }
+void ControlBarWidget::showTempoField(double beatsPerMinute) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%3.2f", beatsPerMinute);
+  setFieldText(ID_TEMPO_FIELD, text);
+}
+
+void ControlBarWidget::showTempo(double beatsPerMinute) {
+  showTempoField(beatsPerMinute);
+  tempo_->setPosition(static_cast<int32_t>(beatsPerMinute));
+}
 
 void ControlBarWidget::enableControl(uint32_t id, bool enabled) {
   if (Button* b = button(id)) b->setEnabled(enabled);

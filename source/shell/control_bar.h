@@ -23,7 +23,8 @@ class ControlBarWidget final : public QWidget, public platform::MessageTarget, p
   intptr_t handleMessage(uint32_t msg, uintptr_t param1, uintptr_t param2) override;
 
   void setFieldText(uint32_t id, const std::string& text) override;
-  void setTempoPosition(int32_t position) override;
+  void showTempo(double beatsPerMinute) override;
+  void showTempoField(double beatsPerMinute) override;
   void enableControl(uint32_t id, bool enabled) override;
   void drawCounter(uint32_t ticks) override;
 

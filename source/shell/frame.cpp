@@ -341,7 +341,10 @@ QAction* MainFrame::menuAction(uint32_t id) const { return FindById(actions_, id
 
 QAction* MainFrame::toolAction(uint32_t id) const { return FindById(tools_, id); }
 
-void MainFrame::setTitle(const std::string& title) { setWindowTitle(QString::fromStdString(title)); }
+// SetFrameTitle: "Velmora - [SongTitle]".
+void MainFrame::showSongTitle(const std::string& songTitle) {
+  setWindowTitle(QString::fromStdString("Velmora - [" + songTitle + "]"));
+}
 
 void MainFrame::checkMenuItem(uint32_t id, bool checked) {
   if (QAction* action = menuAction(id)) action->setChecked(checked);

@@ -31,7 +31,7 @@ class MainFrame final : public QMainWindow, public platform::FrameView {
   ~MainFrame() override;
 
   // FrameView
-  void setTitle(const std::string& title) override;
+  void showSongTitle(const std::string& songTitle) override;
   void updateCommandStates() override;
   void checkMenuItem(uint32_t id, bool checked) override;
 

@@ -43,7 +43,7 @@ void resetTrackTables() {
       TouchedTracks[word] &= ~(1u << bit);
       const uint32_t track = word * 32 + bit;
       ResetTrackSettings(Tracks[track]);
-      TrackRows[track].reset();
+      if (TrackRows != nullptr) TrackRows->dropRow(track);
     }
   }
   for (int32_t i = 0; i < ActiveTrackCount; ++i) {
@@ -93,7 +93,7 @@ void takeOpeningTempo() {
   const uint32_t tempo = EventTempo(first);
   if (tempo == 0) return;  // a tempo of 0 would stop time and divide by zero: the opening tempo stays
   SetTempo(TheClock, tempo);
-  ShowTempo(static_cast<double>(60000000 / tempo));
+  if (ControlBar != nullptr) ControlBar->showTempo(static_cast<double>(60000000 / tempo));
 }
 
 void takeMeter(SmfFile* smf) {
@@ -280,12 +280,11 @@ void ResetSong() {
   }
   for (uint32_t t = 0; t < SongTrackCount; ++t) TrackNames[t].reset();
   if (EventsOpen == 1 && EventsList != nullptr) EventsList->clear();
-  EventRows.reset();
-  EventRowCount = 0;
+  if (EventRows != nullptr) EventRows->dropRows();
   SongFilePath.clear();
   SongTitle = "No name";
   SongDirty = 0;
-  SetFrameTitle();
+  ShowSongTitle();
   SongResolution = 120;
   SetResolution(TheClock, 120);
   TicksPerBar = Numerator * SongResolution;
@@ -353,7 +352,7 @@ void SaveSongAs() {
   SongFilePath = *path;
   SongTitle = *path;
   SongDirty = 0;
-  SetFrameTitle();
+  ShowSongTitle();
   SaveResult = 1;
 }
 
@@ -370,7 +369,7 @@ void OpenSongDialog() {
   MidiFilesDir = folderOf(*path);
   LoadSong(*path);
   SongTitle = *path;  // whatever the load did
-  SetFrameTitle();
+  ShowSongTitle();
 }
 
 void LoadSong(const std::string& path) {

@@ -20,7 +20,6 @@ int32_t ActiveTrackCount = 0;
 uint8_t RecordTrack = 0;
 std::array<uint32_t, 8> TouchedTracks{};
 std::array<std::optional<std::string>, SongTrackCount + 1> TrackNames;
-std::array<std::unique_ptr<TrackRow>, SongTrackCount + 1> TrackRows;
 std::array<uint32_t, SongTrackCount> SelectedTracks{};
 int32_t SelectedTrackCount = 0;
 uint32_t SelectFrom = 0, SelectTo = 0;
@@ -30,11 +29,9 @@ std::unique_ptr<char[]> LyricText;
 std::string SongFilePath;
 std::string SongTitle = "No name";
 uint32_t SongDirty = 0;
-std::unique_ptr<EventRow[]> EventRows;
-uint32_t EventRowCount = 0;
 
-void SetFrameTitle() {
-  if (FrameWindow != nullptr) FrameWindow->setTitle("Velmora - [" + SongTitle + "]");
+void ShowSongTitle() {
+  if (FrameWindow != nullptr) FrameWindow->showSongTitle(SongTitle);
 }
 
 namespace {
@@ -121,19 +118,9 @@ void FreeEvents(MidiEvent* events) { delete[] events; }
 
 namespace {
 
-template <std::size_t N, typename... Args>
-void format(char (&field)[N], const char* pattern, Args... args) {
-  std::snprintf(field, N, pattern, args...);
-}
-
-// A setting's text: its number, or "- - -" for none; a setting that is set
-// goes out at once as the event that makes it heard.
-void settingCell(char (&field)[30], uint8_t value, uint8_t status, uint8_t controller) {
-  if (value == 255) {
-    format(field, "%s", "- - -");
-    return;
-  }
-  format(field, "%u", unsigned{value});
+// A setting that is set goes out at once as the event that makes it heard.
+void sendSetting(uint8_t value, uint8_t status, uint8_t controller) {
+  if (value == 255) return;
   // A track without a channel sends status 0xFF here, as designed.
   if (status >> 4 == 0xC) {
     MidiOutNow(TheMidiOut, status, value, 0);
@@ -160,21 +147,10 @@ void readSelection() {
 void BuildTrackRow(uint32_t track) {
   if (track > SongTrackCount) return;
   const TrackRecord& t = Tracks[track];
-  auto row = std::make_unique<TrackRow>();
-  format(row->play, "%s", t.playOff == 0 ? "On" : "Off");
-  format(row->key, "%d", int{t.keyOffset});
-  format(row->velocity, "%d", int{t.velocityOffset});
-  format(row->time, "%s", TimeText(t.timeOffset).c_str());
-  if (t.channel == 255) {
-    format(row->channel, "%s", "- - -");
-  } else {
-    format(row->channel, "%u", t.channel + 1u);
-  }
-  format(row->repeats, "%u", unsigned{t.repeats});
-  settingCell(row->pan, t.pan, static_cast<uint8_t>(t.channel | 0xB0), 10);
-  settingCell(row->volume, t.volume, static_cast<uint8_t>(t.channel | 0xB0), 7);
-  settingCell(row->patch, t.patch, static_cast<uint8_t>(t.channel | 0xC0), 0);
-  TrackRows[track] = std::move(row);
+  sendSetting(t.pan, static_cast<uint8_t>(t.channel | 0xB0), 10);
+  sendSetting(t.volume, static_cast<uint8_t>(t.channel | 0xB0), 7);
+  sendSetting(t.patch, static_cast<uint8_t>(t.channel | 0xC0), 0);
+  if (TrackRows != nullptr) TrackRows->buildRow(track);
   SongDirty = 1;
 }
 
@@ -193,7 +169,7 @@ void DeleteTrack(uint32_t track) {
   TouchTrack(RecordTrack);
   ResetTrackSettings(Tracks[RecordTrack]);
   TrackNames[track].reset();
-  TrackRows[track].reset();
+  if (TrackRows != nullptr) TrackRows->dropRow(track);
   TrackRecord& t = Tracks[track];
   if (t.events == nullptr) return;
   FreeEvents(t.events);

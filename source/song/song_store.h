@@ -51,21 +51,6 @@ extern std::array<uint32_t, 8> TouchedTracks;  // bit t % 32 of word t / 32
 // A track's name: none, or a text, which may be empty.
 extern std::array<std::optional<std::string>, SongTrackCount + 1> TrackNames;
 
-// A track's row in the Tracks manager, its texts kept ready for painting. The
-// row shows the name of TrackNames, which it does not copy.
-struct TrackRow {
-  char play[30];
-  char key[30];
-  char velocity[30];
-  char time[30];
-  char channel[30];
-  char repeats[30];
-  char pan[30];
-  char volume[30];
-  char patch[30];
-};
-extern std::array<std::unique_ptr<TrackRow>, SongTrackCount + 1> TrackRows;
-
 // The tracks that Copy, Cut, the transforms and the Events list act on, ascending.
 extern std::array<uint32_t, SongTrackCount> SelectedTracks;
 extern int32_t SelectedTrackCount;
@@ -88,17 +73,8 @@ extern std::unique_ptr<char[]> LyricText;
 extern std::string SongFilePath;  // the path of the last Save as; empty otherwise
 extern std::string SongTitle;     // the name in the frame's title
 extern uint32_t SongDirty;        // the song changed since it was last saved
-// The frame's title: "Velmora - [SongTitle]".
-void SetFrameTitle();
-
-// The Events list's rows, each pointing at an event in its track; built by
-// the list, read by the playback cursor and Go to.
-struct EventRow {
-  MidiEvent* event;
-  int16_t track;
-};
-extern std::unique_ptr<EventRow[]> EventRows;
-extern uint32_t EventRowCount;
+// Shows SongTitle in the frame's title.
+void ShowSongTitle();
 
 // Ticks as measure:beat:tick, counted from 1: 0 reads 00001:01:000.
 std::string TimeText(uint32_t ticks);
@@ -120,8 +96,8 @@ int AppendEvent(const MidiEvent* event, EventList* list);
 // The settings of a track as a new song has them.
 void ResetTrackSettings(TrackRecord& track);
 void TouchTrack(uint32_t track);
-// Builds a track's row from its record, sends its pan, volume and patch, and
-// marks the song changed.
+// Sends a track's pan, volume and patch where it has them, has the Tracks
+// manager build its row from the record, and marks the song changed.
 void BuildTrackRow(uint32_t track);
 // Takes a track's events, name and row away, puts the current track's
 // settings back to their defaults, and rebuilds ActiveTracks.

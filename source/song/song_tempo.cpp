@@ -1,7 +1,5 @@
 #include "song/song_tempo.h"
 
-#include <cstdio>
-
 #include "midi/live_devices.h"
 #include "midi/midi_event.h"
 #include "midi/sync_clock.h"
@@ -25,13 +23,6 @@ void storeTempo(MidiEvent& e, uint32_t tempo) {
   e.value3 = static_cast<uint8_t>(tempo);
 }
 
-void setTempoField(double beatsPerMinute) {
-  if (ControlBar == nullptr) return;
-  char text[32];
-  std::snprintf(text, sizeof text, "%3.2f", beatsPerMinute);
-  ControlBar->setFieldText(1175, text);
-}
-
 }  // namespace
 
 uint32_t EventTempo(const MidiEvent& event) {
@@ -43,11 +34,6 @@ uint32_t SongTempo() {
   return e != nullptr ? EventTempo(*e) : GetTempo(TheClock);
 }
 
-void ShowTempo(double beatsPerMinute) {
-  setTempoField(beatsPerMinute);
-  if (ControlBar != nullptr) ControlBar->setTempoPosition(static_cast<int32_t>(beatsPerMinute));
-}
-
 void WriteTempoEvent() {
   if (MidiEvent* e = firstTempoEvent()) storeTempo(*e, GetTempo(TheClock));
 }
@@ -56,14 +42,14 @@ void SetSongTempo(uint32_t microsecondsPerQuarter) {
   if (microsecondsPerQuarter == 0) return;
   SetTempo(TheClock, microsecondsPerQuarter);
   if (MidiEvent* e = firstTempoEvent()) storeTempo(*e, microsecondsPerQuarter);
-  ShowTempo(60000000.0 / microsecondsPerQuarter);
+  if (ControlBar != nullptr) ControlBar->showTempo(60000000.0 / microsecondsPerQuarter);
 }
 
 void StartTempo(double beatsPerMinute) {
   if (!(beatsPerMinute >= 10.0 && beatsPerMinute <= 240.0)) beatsPerMinute = 100.0;
   TempoFraction = beatsPerMinute - static_cast<int32_t>(beatsPerMinute);
   SetTempo(TheClock, static_cast<uint32_t>(60000000.0 / beatsPerMinute));
-  ShowTempo(beatsPerMinute);
+  if (ControlBar != nullptr) ControlBar->showTempo(beatsPerMinute);
 }
 
 void TempoEntry(int32_t position) {
@@ -71,7 +57,7 @@ void TempoEntry(int32_t position) {
   // A position at or below 0 would give no tempo or a negative one: the control's range is 10 to 240.
   if (!(beatsPerMinute > 0)) return;
   SetTempo(TheClock, static_cast<uint32_t>(60000000.0 / beatsPerMinute));
-  setTempoField(beatsPerMinute);
+  if (ControlBar != nullptr) ControlBar->showTempoField(beatsPerMinute);
   WriteTempoEvent();
 }
 
@@ -79,7 +65,7 @@ void SongMetaNotice(uint32_t type, uintptr_t param) {
   if (type == META_TEMPO) {
     const uint32_t tempo = GetTempo(TheClock);
     if (tempo == 0) return;  // no tempo to divide by
-    ShowTempo(static_cast<double>(60000000 / tempo));
+    if (ControlBar != nullptr) ControlBar->showTempo(static_cast<double>(60000000 / tempo));
   } else if (type == META_LYRIC && LyricsEdit != nullptr) {
     LyricsEdit->setHighlight(static_cast<uint32_t>(param & 0xFFFF), static_cast<uint32_t>(param >> 16 & 0xFFFF));
   }

@@ -1,7 +1,6 @@
 #pragma once
 // The song's tempo, held in three places that move together: the clock, the
-// first event of the tempo track, and the Control Bar's tempo field and
-// up-down control. UI thread only; a running clock takes a new tempo at its
+// first event of the tempo track, and what the Control Bar shows. UI thread only; a running clock takes a new tempo at its
 // next pass.
 
 #include <cstdint>
@@ -25,8 +24,6 @@ void SetSongTempo(uint32_t microsecondsPerQuarter);
 void StartTempo(double beatsPerMinute);
 // The tempo track's first event becomes a tempo at time 0 holding the clock's tempo.
 void WriteTempoEvent();
-// Field 1175 by "%3.2f" and the up-down control at the whole part.
-void ShowTempo(double beatsPerMinute);
 
 // The up-down control moved to a position: the clock, the field and the
 // tempo track's first event follow, with TempoFraction kept.

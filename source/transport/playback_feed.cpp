@@ -28,6 +28,8 @@ uint32_t nextKey(const TrackRecord& t) {
   return t.events[t.cursor].time + t.timeOffset + cycle * t.repeatsDone + t.repeatsDone;
 }
 
+uint32_t eventRowCount() { return EventRows != nullptr ? EventRows->rowCount() : 0; }
+
 }  // namespace
 
 void SeekFeed(uint32_t position) {
@@ -56,14 +58,16 @@ void SeekFeed(uint32_t position) {
 }
 
 uint32_t FirstEventRowAt(uint32_t position) {
+  const uint32_t count = eventRowCount();
   uint32_t row = 0;
-  while (row < EventRowCount && EventRows[row].event->time < position) ++row;
+  while (row < count && EventRows->rowTime(row) < position) ++row;
   return row;
 }
 
 void EventFollowNotice(uint32_t position) {
-  if (FeedCursorRow >= EventRowCount) return;
-  while (FeedCursorRow < EventRowCount && EventRows[FeedCursorRow].event->time <= position) ++FeedCursorRow;
+  const uint32_t count = eventRowCount();
+  if (FeedCursorRow >= count) return;
+  while (FeedCursorRow < count && EventRows->rowTime(FeedCursorRow) <= position) ++FeedCursorRow;
   if (FeedCursorRow == FeedShownRow) return;
   if (TheClock != nullptr) TheClock->followEnabled = 0;
   // The list turns over a page at a time rather than row by row.

@@ -29,8 +29,8 @@ void SeekFeed(uint32_t position);
 void SendEvent(MidiOutHandle* out);
 // Shapes a ring slot by its track's settings just before it is sent.
 void ShapeEvent(SyncClock* clock, MidiOutHandle* out, MidiEvent* event);
-// The first row of EventRows whose event's time is at or after a position,
-// or EventRowCount when there is none.
+// The first of the Events list's rows whose event's time is at or after a
+// position, or the row count when there is none.
 uint32_t FirstEventRowAt(uint32_t position);
 // NM_EVENT_FOLLOW: moves the Events list's cursor to the music at a position,
 // a page at a time.

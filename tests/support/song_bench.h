@@ -36,6 +36,7 @@ class SongBench : public MidiBench {
     ControlBarWindow = &controlBar;
     ControlBar = &bar;
     FrameWindow = &frame;
+    TrackRows = &trackRows;
     InstallFeedHooks();
     Playing = Recording = Capturing = Generating = Draining = Linked = 0;
     Numerator = 4;
@@ -88,5 +89,6 @@ class SongBench : public MidiBench {
   TransportWindow controlBar;
   RecordingControlBar bar;
   RecordingFrame frame;
+  RecordingTrackRows trackRows;
   std::filesystem::path folder;
 };

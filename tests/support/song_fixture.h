@@ -10,7 +10,6 @@ inline void ClearSongTracks() {
   }
   ActiveTrackCount = 0;
   RecordTrack = 0;
-  for (auto& row : TrackRows) row.reset();
   for (auto& name : TrackNames) name.reset();
   TouchedTracks = {};
   SelectedTrackCount = 0;

@@ -15,24 +15,56 @@
 class RecordingControlBar final : public platform::ControlBarView {
  public:
   void setFieldText(uint32_t id, const std::string& text) override { fields[id] = text; }
-  void setTempoPosition(int32_t position) override { tempoPosition = position; }
+  void showTempo(double beatsPerMinute) override {
+    tempo = beatsPerMinute;
+    upDownTempo = beatsPerMinute;
+  }
+  void showTempoField(double beatsPerMinute) override { tempo = beatsPerMinute; }
   void enableControl(uint32_t id, bool on) override { enabled[id] = on; }
   void drawCounter(uint32_t ticks) override { counter.push_back(ticks); }
 
   std::map<uint32_t, std::string> fields;
   std::map<uint32_t, bool> enabled;
-  int32_t tempoPosition = -1;
+  double tempo = -1;        // the tempo last shown in its field
+  double upDownTempo = -1;  // the tempo last shown on the up-down control too
   std::vector<uint32_t> counter;
 };
 
 class RecordingFrame final : public platform::FrameView {
  public:
-  void setTitle(const std::string& text) override { title = text; }
+  void showSongTitle(const std::string& text) override { songTitle = text; }
   void updateCommandStates() override { ++updates; }
   void checkMenuItem(uint32_t id, bool on) override { checked[id] = on; }
-  std::string title;
+  std::string songTitle;
   int updates = 0;
   std::map<uint32_t, bool> checked;
+};
+
+// The track rows as the song asks for them: which tracks have a row, and how
+// many times one was built.
+class RecordingTrackRows final : public platform::TrackRowsView {
+ public:
+  void buildRow(uint32_t track) override {
+    rows.insert(track);
+    ++builds;
+  }
+  void dropRow(uint32_t track) override { rows.erase(track); }
+  bool has(uint32_t track) const { return rows.contains(track); }
+  std::set<uint32_t> rows;
+  int builds = 0;
+};
+
+// The Events list's rows, by the times of their events.
+class RecordingEventRows final : public platform::EventRowsView {
+ public:
+  uint32_t rowCount() override { return static_cast<uint32_t>(times.size()); }
+  uint32_t rowTime(uint32_t row) override { return times.at(row); }
+  void dropRows() override {
+    times.clear();
+    ++drops;
+  }
+  std::vector<uint32_t> times;
+  int drops = 0;
 };
 
 class RecordingList final : public platform::ListView {

@@ -1,0 +1,64 @@
+#include "shell/song/track_rows.h"
+
+#include <gtest/gtest.h>
+
+#include "support/song_fixture.h"
+
+namespace {
+
+class TrackRowsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ClearSongTracks();
+    SongResolution = 120;
+    Numerator = 4;
+  }
+  void TearDown() override { ClearSongTracks(); }
+};
+
+TEST_F(TrackRowsTest, ARowShowsTheTracksSettings) {
+  TrackRecord t;
+  t.playOff = 1;
+  t.keyOffset = -12;
+  t.velocityOffset = 5;
+  t.timeOffset = 480;
+  t.channel = 9;
+  t.repeats = 65535;
+  t.pan = 64;
+  const shell::TrackRow row = shell::TrackRowOf(t);
+  EXPECT_STREQ(row.play, "Off");
+  EXPECT_STREQ(row.key, "-12");
+  EXPECT_STREQ(row.velocity, "5");
+  EXPECT_STREQ(row.time, "00002:01:000");
+  EXPECT_STREQ(row.channel, "10");
+  EXPECT_STREQ(row.repeats, "65535");
+  EXPECT_STREQ(row.pan, "64");
+  EXPECT_STREQ(row.volume, "- - -");
+  EXPECT_STREQ(row.patch, "- - -");
+}
+
+TEST_F(TrackRowsTest, ANewTracksRowPlaysOnItsOwnChannelsWithNoSetting) {
+  const shell::TrackRow row = shell::TrackRowOf(TrackRecord{});
+  EXPECT_STREQ(row.play, "On");
+  EXPECT_STREQ(row.key, "0");
+  EXPECT_STREQ(row.time, "00001:01:000");
+  EXPECT_STREQ(row.channel, "- - -");
+  EXPECT_STREQ(row.repeats, "0");
+}
+
+TEST_F(TrackRowsTest, ARowKeepsItsTextsUntilItIsBuiltAgainAndGoesWhenDropped) {
+  shell::TrackRowTable table;
+  Tracks[7].repeats = 3;
+  table.buildRow(7);
+  Tracks[7].repeats = 4;
+  ASSERT_NE(table.row(7), nullptr);
+  EXPECT_STREQ(table.row(7)->repeats, "3");
+  table.buildRow(7);
+  EXPECT_STREQ(table.row(7)->repeats, "4");
+  table.dropRow(7);
+  EXPECT_EQ(table.row(7), nullptr);
+  table.buildRow(SongTrackCount + 1);  // past the tempo track: nothing
+  EXPECT_EQ(table.row(SongTrackCount + 1), nullptr);
+}
+
+}  // namespace
