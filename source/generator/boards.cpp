@@ -3,6 +3,7 @@
 #include "generator/bank.h"
 #include "midi/live_devices.h"
 #include "midi/midi_out.h"
+#include "platform/command_ids.h"
 #include "platform/view_registry.h"
 
 namespace {
@@ -25,22 +26,22 @@ void resetKindsThatAreOn(uint32_t flags) {
 }  // namespace
 
 void SwitchBoard(uint32_t id) {
-  if (id < 350 || id > 359) return;
-  const uint32_t bit = 1u << (id - 350);
+  if (id < ID_PITCH_BOARD_FIRST_ON || id > ID_BOARD_LAST_ON) return;
+  const uint32_t bit = 1u << (id - ID_PITCH_BOARD_FIRST_ON);
   const uint32_t flags = LiveBank.boardFlags;
   if ((flags & bit) != 0) resetKindsThatAreOn(flags);
   LiveBank.boardFlags = flags ^ bit;
 }
 
 void PressBoardButton(uint32_t id) {
-  if (id < 350 || id > 359) return;
-  if (id < 355) {
-    for (uint32_t other = 350; other < 355; ++other) {
-      if (other != id && (LiveBank.boardFlags >> (other - 350) & 1) != 0) SwitchBoard(other);
+  if (id < ID_PITCH_BOARD_FIRST_ON || id > ID_BOARD_LAST_ON) return;
+  if (id < ID_CONTROLLER_BOARD_FIRST_ON) {
+    for (uint32_t other = ID_PITCH_BOARD_FIRST_ON; other < ID_CONTROLLER_BOARD_FIRST_ON; ++other) {
+      if (other != id && (LiveBank.boardFlags >> (other - ID_PITCH_BOARD_FIRST_ON) & 1) != 0) SwitchBoard(other);
     }
   }
   SwitchBoard(id);
-  if (id < 355) SelectedPitchBoard = static_cast<uint8_t>(id - 350);
+  if (id < ID_CONTROLLER_BOARD_FIRST_ON) SelectedPitchBoard = static_cast<uint8_t>(id - ID_PITCH_BOARD_FIRST_ON);
 }
 
 void ClearBoards(platform::MessageTarget*) {
@@ -51,10 +52,10 @@ void ClearBoards(platform::MessageTarget*) {
 void RefreshBoards(platform::MessageTarget* window) {
   LiveBank.boardFlags = 0;
   const uint32_t pending = PendingBoardFlags;
-  for (uint32_t id = 350; id <= 359; ++id) {
-    if ((pending >> (id - 350) & 1) == 0) continue;
+  for (uint32_t id = ID_PITCH_BOARD_FIRST_ON; id <= ID_BOARD_LAST_ON; ++id) {
+    if ((pending >> (id - ID_PITCH_BOARD_FIRST_ON) & 1) == 0) continue;
     SwitchBoard(id);
-    if (id < 355) SelectedPitchBoard = static_cast<uint8_t>(id - 350);
+    if (id < ID_CONTROLLER_BOARD_FIRST_ON) SelectedPitchBoard = static_cast<uint8_t>(id - ID_PITCH_BOARD_FIRST_ON);
   }
   (void)window;
   RefreshIfOpen(BoardsOpen, BoardsWindow);

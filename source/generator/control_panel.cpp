@@ -5,6 +5,7 @@
 
 #include "generator/bank.h"
 #include "generator/generator_tick.h"
+#include "platform/command_ids.h"
 #include "platform/view_registry.h"
 
 SharedWord<uint32_t> BarGuard = 1;
@@ -28,9 +29,9 @@ void RefreshControlPanel(platform::MessageTarget*) {
 }
 
 uint32_t CommitBoundBar(uint32_t bar, int16_t v) {
-  if (bar < 1280 || bar > 1289) return 0;
-  const auto d = static_cast<Distribution>((bar - 1280) / 2);
-  const bool upper = (bar - 1280) % 2 == 0;
+  if (bar < ID_PANEL_FIRST_BAR || bar > ID_PANEL_LAST_BAR) return 0;
+  const auto d = static_cast<Distribution>((bar - ID_PANEL_FIRST_BAR) / 2);
+  const bool upper = (bar - ID_PANEL_FIRST_BAR) % 2 == 0;
   (upper ? UpperBound(d) : LowerBound(d)) = v;
   uint32_t partner = 0;
   if (BarGuard == 1) {
@@ -49,7 +50,7 @@ void CommitPanelFromBank() {
   CommitFunctionsRate(std::min<uint32_t>(FunctionsRate, HorizontalRange));
   for (int d = 0; d < DistributionCount; ++d) {
     const auto distribution = static_cast<Distribution>(d);
-    const auto bar = static_cast<uint32_t>(1280 + 2 * d);
+    const auto bar = static_cast<uint32_t>(ID_PANEL_FIRST_BAR + 2 * d);
     CommitBoundBar(bar, std::clamp<int16_t>(UpperBound(distribution), 0, BarRange[d]));
     CommitBoundBar(bar + 1, std::clamp<int16_t>(LowerBound(distribution), 0, BarRange[d]));
   }
@@ -66,8 +67,8 @@ void CommitTimeControl(uint32_t position) {
 void CommitFunctionsRate(uint32_t position) { FunctionsRate = position; }
 
 bool SwitchChannel(uint32_t id) {
-  if (id < 201 || id > 216) return true;
-  const uint32_t n = id - 201;
+  if (id < ID_PANEL_FIRST_CHANNEL || id > ID_PANEL_LAST_CHANNEL) return true;
+  const uint32_t n = id - ID_PANEL_FIRST_CHANNEL;
   const auto bit = static_cast<uint16_t>(1u << n);
   if ((LiveBank.channelMask & bit) != 0) {
     if (ChannelCount == 1) return false;
@@ -83,15 +84,16 @@ bool SwitchChannel(uint32_t id) {
 
 PitchSettingsCheck CheckPitchSettings(const PitchSettings& s) {
   if (!s.intervalMode) return {true, {}, 0};
-  if (s.minimum < 0 || s.minimum > 116) return {false, "Minimum Bound is not in the range 0 to 116.", 101};
-  if (s.maximum < 11 || s.maximum > 127) return {false, "Maximum Bound is not in the range 11 to 127.", 102};
+  if (s.minimum < 0 || s.minimum > 116) return {false, "Minimum Bound is not in the range 0 to 116.", ID_PITCH_MINIMUM};
+  if (s.maximum < 11 || s.maximum > 127)
+    return {false, "Maximum Bound is not in the range 11 to 127.", ID_PITCH_MAXIMUM};
   if (s.maximum - s.minimum < 11) {
-    return {false, "Maximun Bound and Minimum Bound diference must be equal or greater than 11.", 102};
+    return {false, "Maximun Bound and Minimum Bound diference must be equal or greater than 11.", ID_PITCH_MAXIMUM};
   }
   if (s.fromNote < s.minimum || s.fromNote > s.maximum) {
     char text[64];
     std::snprintf(text, sizeof text, "Value is not in the range %d to %d.", s.minimum, s.maximum);
-    return {false, text, 513};
+    return {false, text, ID_PITCH_FROM_NOTE};
   }
   return {true, {}, 0};
 }

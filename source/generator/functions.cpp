@@ -25,7 +25,7 @@ Distribution distributionOf(int function) { return static_cast<Distribution>(fun
 SharedWord<int16_t>& boundOf(int function) {
   return isMax(function) ? UpperBound(distributionOf(function)) : LowerBound(distributionOf(function));
 }
-uint32_t barOf(int function) { return 1280 + 2 * (function % 5) + (isMax(function) ? 0 : 1); }
+uint32_t barOf(int function) { return ID_PANEL_FIRST_BAR + 2 * (function % 5) + (isMax(function) ? 0 : 1); }
 
 bool stepped(int function) { return (FunctionsFilters >> function & 1u) != 0; }
 
@@ -135,7 +135,7 @@ void PostFunctionStep(uint32_t index) {
     int8_t v = 0;
     if (!stepped(f) || !element(f, index, v)) continue;
     boundOf(f) = v;
-    platform::post(ControlPanelBars[barOf(f) - 1280].load(), BAR_SET_VALUE, static_cast<uintptr_t>(v), 0);
+    platform::post(ControlPanelBars[barOf(f) - ID_PANEL_FIRST_BAR].load(), BAR_SET_VALUE, static_cast<uintptr_t>(v), 0);
   }
 }
 
@@ -147,11 +147,11 @@ void ApplyFirstStep() {
   if (ControlPanelOpen != 1) return;
   for (const int f : StepOrder) {
     const auto value = static_cast<uint16_t>(boundOf(f).load());
-    platform::send(ControlPanelBars[barOf(f) - 1280].load(), BAR_SET_VALUE, value, 0);
+    platform::send(ControlPanelBars[barOf(f) - ID_PANEL_FIRST_BAR].load(), BAR_SET_VALUE, value, 0);
   }
 }
 
 void SwitchFunction(uint32_t id) {
-  if (id < 350 || id > 359) return;
-  FunctionsFilters = FunctionsFilters ^ (1u << (id - 350));
+  if (id < ID_FUNCTION_FIRST_ON || id > ID_FUNCTION_LAST_ON) return;
+  FunctionsFilters = FunctionsFilters ^ (1u << (id - ID_FUNCTION_FIRST_ON));
 }

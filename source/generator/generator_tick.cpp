@@ -172,9 +172,9 @@ void GeneratorDrain() {
     if (off < Now) endChord(chord);
   }
   if (Draining == 1) return;
-  platform::post(ControlBarControl(200), BUTTON_SET_STATE, 0, 0);
+  platform::post(ControlBarControl(CMD_GENERATE), BUTTON_SET_STATE, 0, 0);
   if (Recording == 1 || Playing == 1) return;
-  platform::post(ControlBarControl(109), BUTTON_SET_STATE, 0, 0);
+  platform::post(ControlBarControl(CMD_METRONOME), BUTTON_SET_STATE, 0, 0);
   if (TheMidiOut != nullptr) TheMidiOut->flags.fetch_and(~METRONOME_ON);
   StopClockAtNow();
   ResetMidiOut(TheMidiOut);

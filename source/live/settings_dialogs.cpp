@@ -31,14 +31,15 @@ std::string OtherBeatsChannelText = "9", OtherBeatsKeyText = "42", OtherBeatsVel
 uint32_t MidiInDevice = 0;
 uint32_t MidiOutDevice = 0;
 
-const std::array<MetronomeField, 8> MetronomeFields = {{{2113, 0, 16, &CountInText},
-                                                        {2104, 1, 24, &ClickLengthText},
-                                                        {2107, 1, 16, &FirstBeatChannelText},
-                                                        {2109, 0, 127, &FirstBeatKeyText},
-                                                        {2111, 0, 127, &FirstBeatVelocityText},
-                                                        {2108, 1, 16, &OtherBeatsChannelText},
-                                                        {2110, 0, 127, &OtherBeatsKeyText},
-                                                        {2112, 0, 127, &OtherBeatsVelocityText}}};
+const std::array<MetronomeField, 8> MetronomeFields = {
+    {{ID_METRONOME_COUNT_IN, 0, 16, &CountInText},
+     {ID_METRONOME_CLICK_LENGTH, 1, 24, &ClickLengthText},
+     {ID_METRONOME_FIRST_CHANNEL, 1, 16, &FirstBeatChannelText},
+     {ID_METRONOME_FIRST_KEY, 0, 127, &FirstBeatKeyText},
+     {ID_METRONOME_FIRST_VELOCITY, 0, 127, &FirstBeatVelocityText},
+     {ID_METRONOME_OTHER_CHANNEL, 1, 16, &OtherBeatsChannelText},
+     {ID_METRONOME_OTHER_KEY, 0, 127, &OtherBeatsKeyText},
+     {ID_METRONOME_OTHER_VELOCITY, 0, 127, &OtherBeatsVelocityText}}};
 
 namespace {
 
@@ -83,9 +84,9 @@ void moveBound(bool from, uint32_t ticks, const std::string& text) {
   bound = ticks;
   if (from ? bound > other : bound < other) {
     other = bound;
-    showField(from ? 2051 : 2050, text);
+    showField(from ? ID_TO_FIELD : ID_FROM_FIELD, text);
   }
-  showField(from ? 2050 : 2051, text);
+  showField(from ? ID_FROM_FIELD : ID_TO_FIELD, text);
 }
 
 void moveBoundTo(bool from, uint32_t ticks) { moveBound(from, ticks, TimeText(ticks)); }
@@ -186,9 +187,9 @@ void RescaleSongTimes(uint32_t oldResolution, uint32_t newResolution) {
 // ---- Meter ----
 
 uint32_t ApplyMeterDialog(std::string numerator, std::string denominator) {
-  if (CheckRange(TrimBlanks(numerator), 1, 99) == 0) return 2102;
+  if (CheckRange(TrimBlanks(numerator), 1, 99) == 0) return ID_METER_NUMERATOR;
   NumeratorText = numerator;
-  if (CheckPicture(TrimBlanks(denominator), "32,16,8,4,2,1") == 0) return 2101;
+  if (CheckPicture(TrimBlanks(denominator), "32,16,8,4,2,1") == 0) return ID_METER_DENOMINATOR;
   DenominatorText = denominator;
   SongDirty = 1;
   return 0;
@@ -198,13 +199,13 @@ void ApplyMeter() {
   Numerator = static_cast<uint32_t>(FieldValue(NumeratorText));
   if (TheClock != nullptr) TheClock->beatsPerBar = static_cast<uint8_t>(Numerator.load());
   TicksPerBar = Numerator * SongResolution;
-  showField(1180, NumeratorText);
+  showField(ID_NUMERATOR_FIELD, NumeratorText);
   Denominator = static_cast<uint32_t>(FieldValue(DenominatorText));
   if (Denominator == 0) {
     Denominator = 4;
     DenominatorText = std::to_string(4);
   }
-  showField(1181, DenominatorText);
+  showField(ID_DENOMINATOR_FIELD, DenominatorText);
 }
 
 // ---- Metronome ----

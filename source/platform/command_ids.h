@@ -142,12 +142,69 @@ inline constexpr uint32_t ID_GO_TO_FIELD = 1179;
 inline constexpr uint32_t ID_SEED_FIELD = 517;
 inline constexpr uint32_t ID_METER_DENOMINATOR = 2101;
 inline constexpr uint32_t ID_METER_NUMERATOR = 2102;
-inline constexpr uint32_t ID_DEVICES_IN_NAME = 1106;
-inline constexpr uint32_t ID_DEVICES_OUT_NAME = 1107;
-inline constexpr uint32_t ID_DEVICES_IN_LIST = 1108;
-inline constexpr uint32_t ID_DEVICES_OUT_LIST = 1109;
+inline constexpr uint32_t ID_DEVICES_IN_LIST = 1106;
+inline constexpr uint32_t ID_DEVICES_OUT_LIST = 1107;
+inline constexpr uint32_t ID_DEVICES_IN_NAME = 1108;
+inline constexpr uint32_t ID_DEVICES_OUT_NAME = 1109;
 inline constexpr uint32_t ID_ABOUT_MAIL_TO = 100;
 inline constexpr uint32_t ID_ABOUT_HTTP = 101;
 inline constexpr uint32_t ID_ABOUT_PRODUCT = 22001;
 inline constexpr uint32_t ID_ABOUT_COPYRIGHT = 22002;
 inline constexpr uint32_t ID_ABOUT_SPECIAL = 22003;
+inline constexpr uint32_t ID_QUANTIZE_FILTERS_BUTTON = 1707;  // in the Quantizar dialog
+// The filter dialogs' check boxes: base + bit of the filter word.
+inline constexpr uint32_t ID_INPUT_FILTER_BOXES = 1400;
+inline constexpr uint32_t ID_OUTPUT_FILTER_BOXES = 1500;
+inline constexpr uint32_t ID_QUANTIZE_FILTER_BOXES = 1700;
+
+// The Control Panel: five columns (notes, velocity, voices, density, length),
+// each with its sum, its two bound numbers and its two vertical bars (upper
+// first); the channel buttons; the Overlap button; the two horizontal bars
+// with their numbers; and the Pitch Selection Settings button and fields.
+inline constexpr uint32_t ID_PANEL_FIRST_BOUND = 1231;  // 1231..1240, by bar - ID_PANEL_FIRST_BAR
+inline constexpr uint32_t ID_PANEL_TIME_BASE_NUMBER = 1241;
+inline constexpr uint32_t ID_PANEL_FIRST_SUM = 1242;  // 1242..1246, by column
+inline constexpr uint32_t ID_PANEL_LAST_SUM = 1246;
+inline constexpr uint32_t ID_PANEL_FUNCTIONS_RATE_NUMBER = 1247;
+inline constexpr uint32_t ID_PANEL_FIRST_BAR = 1280;  // 1280..1289: upper and lower bound of each column
+inline constexpr uint32_t ID_PANEL_LAST_BAR = 1289;
+inline constexpr uint32_t ID_PANEL_TIME_CONTROL_BAR = 1300;
+inline constexpr uint32_t ID_PANEL_FUNCTIONS_RATE_BAR = 1301;
+inline constexpr uint32_t ID_PANEL_FIRST_CHANNEL = 201;  // 201..216: channels 1 to 16
+inline constexpr uint32_t ID_PANEL_LAST_CHANNEL = 216;
+inline constexpr uint32_t ID_PANEL_OVERLAP = 350;
+inline constexpr uint32_t ID_PANEL_PITCH_SETTINGS = 404;
+inline constexpr uint32_t ID_PITCH_FROM_NOTE = 513;
+inline constexpr uint32_t ID_PITCH_MINIMUM = 101;
+inline constexpr uint32_t ID_PITCH_MAXIMUM = 102;
+
+// The Boards window's "on" buttons: five Pitch Wheel boards, then five controller boards.
+inline constexpr uint32_t ID_PITCH_BOARD_FIRST_ON = 350;
+inline constexpr uint32_t ID_CONTROLLER_BOARD_FIRST_ON = 355;
+inline constexpr uint32_t ID_BOARD_LAST_ON = 359;
+// The Functions window's "on" buttons, one for each function array.
+inline constexpr uint32_t ID_FUNCTION_FIRST_ON = 350;
+inline constexpr uint32_t ID_FUNCTION_LAST_ON = 359;
+
+// The Meter dialog (115) and the Metronome dialog (116).
+inline constexpr uint32_t DLG_METER = 115;
+inline constexpr uint32_t DLG_METRONOME = 116;
+inline constexpr uint32_t ID_METRONOME_CLICK_LENGTH = 2104;
+inline constexpr uint32_t ID_METRONOME_ON_PLAY = 2105;
+inline constexpr uint32_t ID_METRONOME_ON_RECORD = 2106;
+inline constexpr uint32_t ID_METRONOME_FIRST_CHANNEL = 2107;
+inline constexpr uint32_t ID_METRONOME_OTHER_CHANNEL = 2108;
+inline constexpr uint32_t ID_METRONOME_FIRST_KEY = 2109;
+inline constexpr uint32_t ID_METRONOME_OTHER_KEY = 2110;
+inline constexpr uint32_t ID_METRONOME_FIRST_VELOCITY = 2111;
+inline constexpr uint32_t ID_METRONOME_OTHER_VELOCITY = 2112;
+inline constexpr uint32_t ID_METRONOME_COUNT_IN = 2113;
+
+// The Pitch Selection Settings dialog's choices.
+inline constexpr uint32_t ID_PITCH_INTERVALS = 103;
+inline constexpr uint32_t ID_PITCH_NOTES = 104;
+inline constexpr uint32_t ID_PITCH_MIRROR = 105;
+
+// The About box and its icon.
+inline constexpr uint32_t DLG_ABOUT = 22000;
+inline constexpr uint32_t ID_ABOUT_ICON = 1001;

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "live/product_info.h"
+#include "platform/command_ids.h"
 #include "shell/dialog_support.h"
 
 namespace shell {
@@ -77,21 +78,21 @@ QPixmap AboutIcon(int side) {
 }
 
 AboutDialog::AboutDialog(QWidget* parent, UrlOpener open) : QDialog(parent), open_(std::move(open)) {
-  setObjectName(QStringLiteral("22000"));
+  setObjectName(QString::number(DLG_ABOUT));
   setWindowTitle(QStringLiteral("About..."));
   setWindowFlag(Qt::WindowContextHelpButtonHint, false);
 
   auto* icon = new QLabel(this);
-  icon->setObjectName(QStringLiteral("1001"));
+  icon->setObjectName(QString::number(ID_ABOUT_ICON));
   icon->setPixmap(AboutIcon(48));
   icon->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 
-  QLineEdit* product = ReadOnlyField(this, 22001, Qt::AlignCenter);
+  QLineEdit* product = ReadOnlyField(this, ID_ABOUT_PRODUCT, Qt::AlignCenter);
   QFont bold = product->font();
   bold.setBold(true);
   product->setFont(bold);
-  QLineEdit* copyright = ReadOnlyField(this, 22002, Qt::AlignCenter);
-  QLineEdit* special = ReadOnlyField(this, 22003, Qt::AlignRight | Qt::AlignVCenter);
+  QLineEdit* copyright = ReadOnlyField(this, ID_ABOUT_COPYRIGHT, Qt::AlignCenter);
+  QLineEdit* special = ReadOnlyField(this, ID_ABOUT_SPECIAL, Qt::AlignRight | Qt::AlignVCenter);
 
   auto* contact = new QLabel(QStringLiteral("New releases Web and contact points:"), this);
   auto* mail = new QLabel(QString::fromLatin1(AboutMailAddress), this);
@@ -105,8 +106,8 @@ AboutDialog::AboutDialog(QWidget* parent, UrlOpener open) : QDialog(parent), ope
 
   QPushButton* ok = IdButton(this, 1, QStringLiteral("OK"));
   ok->setDefault(true);
-  QPushButton* http = IdButton(this, 101, QStringLiteral("http"));
-  QPushButton* mailTo = IdButton(this, 100, QStringLiteral("mail to"));
+  QPushButton* http = IdButton(this, ID_ABOUT_HTTP, QStringLiteral("http"));
+  QPushButton* mailTo = IdButton(this, ID_ABOUT_MAIL_TO, QStringLiteral("mail to"));
   connect(ok, &QPushButton::clicked, this, &QDialog::accept);
   // A link that fails to open is ignored; the box stays open either way.
   connect(http, &QPushButton::clicked, this, [this] {
@@ -169,11 +170,11 @@ void AboutDialog::fill() {
   const QString special = QString::fromStdString(SpecialBuild());
   // Name, the field's own (empty) text and version, each joined by one blank.
   if (!name.isEmpty() && !version.isEmpty()) {
-    QLineEdit* product = field(22001);
+    QLineEdit* product = field(ID_ABOUT_PRODUCT);
     product->setText(QStringLiteral("%1 %2 %3").arg(name, product->text(), version));
   }
-  if (!copyright.isEmpty()) field(22002)->setText(copyright);
-  if (!special.isEmpty()) field(22003)->setText(special);
+  if (!copyright.isEmpty()) field(ID_ABOUT_COPYRIGHT)->setText(copyright);
+  if (!special.isEmpty()) field(ID_ABOUT_SPECIAL)->setText(special);
 }
 
 void AboutDialog::showEvent(QShowEvent* event) {

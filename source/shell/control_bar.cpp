@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "live/live_system.h"
+#include "platform/command_ids.h"
 #include "platform/view_registry.h"
 #include "song/song_store.h"
 #include "song/song_tempo.h"
@@ -28,18 +29,18 @@ constexpr Button::Kind Push = Button::Kind::Push;
 
 // The buttons in their order of creation, where they stand and what they do.
 constexpr ButtonPlace ButtonPlaces[] = {
-    {101, TwoState, Face::Play, 230, 10, 22, 22, "Play"},
-    {100, Push, Face::Stop, 253, 10, 22, 22, "Stop"},
-    {104, TwoState, Face::Record, 276, 10, 22, 22, "Record"},
-    {102, Push, Face::Rewind, 305, 10, 22, 22, "Rewind to the song's start"},
-    {103, Push, Face::End, 328, 10, 22, 22, "Go to the song's end"},
-    {200, TwoState, Face::Generate, 230, 42, 52, 36, "Generator on and off"},
-    {110, TwoState, Face::Link, 289, 42, 36, 36, "Link: Play and Record start the generator"},
-    {105, TwoState, Face::Quantize, 402, 10, 22, 22, "Quantize record"},
-    {109, TwoState, Face::Metronome, 427, 10, 22, 22, "Metronome"},
-    {107, TwoState, Face::MidiSync, 452, 10, 22, 22, "Follow MIDI sync"},
-    {108, TwoState, Face::InternalClock, 477, 10, 22, 22, "Follow the internal clock"},
-    {106, Push, Face::Panic, 158, 43, 40, 36, "Panic: reset notes and controllers"},
+    {CMD_PLAY, TwoState, Face::Play, 230, 10, 22, 22, "Play"},
+    {CMD_STOP, Push, Face::Stop, 253, 10, 22, 22, "Stop"},
+    {CMD_RECORD, TwoState, Face::Record, 276, 10, 22, 22, "Record"},
+    {CMD_REWIND, Push, Face::Rewind, 305, 10, 22, 22, "Rewind to the song's start"},
+    {CMD_GO_TO_END, Push, Face::End, 328, 10, 22, 22, "Go to the song's end"},
+    {CMD_GENERATE, TwoState, Face::Generate, 230, 42, 52, 36, "Generator on and off"},
+    {CMD_LINK, TwoState, Face::Link, 289, 42, 36, 36, "Link: Play and Record start the generator"},
+    {CMD_QUANTIZE_RECORD, TwoState, Face::Quantize, 402, 10, 22, 22, "Quantize record"},
+    {CMD_METRONOME, TwoState, Face::Metronome, 427, 10, 22, 22, "Metronome"},
+    {CMD_MIDI_SYNC, TwoState, Face::MidiSync, 452, 10, 22, 22, "Follow MIDI sync"},
+    {CMD_INTERNAL_CLOCK, TwoState, Face::InternalClock, 477, 10, 22, 22, "Follow the internal clock"},
+    {CMD_PANIC, Push, Face::Panic, 158, 43, 40, 36, "Panic: reset notes and controllers"},
 };
 
 struct FieldPlace {
@@ -50,9 +51,9 @@ struct FieldPlace {
 
 // The fields in their order of creation.
 constexpr FieldPlace FieldPlaces[] = {
-    {1180, 415, 44, 24, 18, "1"},      {1181, 415, 62, 24, 18, "4"},
-    {1175, 463, 53, 63, 18, "120.00"}, {2050, 50, 42, 94, 18, "00001:01:000"},
-    {2051, 50, 62, 94, 18, "00001:01:000"},
+    {ID_NUMERATOR_FIELD, 415, 44, 24, 18, "1"},    {ID_DENOMINATOR_FIELD, 415, 62, 24, 18, "4"},
+    {ID_TEMPO_FIELD, 463, 53, 63, 18, "120.00"},   {ID_FROM_FIELD, 50, 42, 94, 18, "00001:01:000"},
+    {ID_TO_FIELD, 50, 62, 94, 18, "00001:01:000"},
 };
 
 // The program's mark beside the clock buttons.
@@ -121,8 +122,8 @@ void ControlBarWidget::createControls() {
     SetControlBarControl(place.id, button);
   }
   // The tempo's arrows stand at the right of their field.
-  const QRect tempoField = fields_[1175]->geometry();
-  tempo_ = new UpDown(this, this, 1119, 10, 240);
+  const QRect tempoField = fields_[ID_TEMPO_FIELD]->geometry();
+  tempo_ = new UpDown(this, this, ID_TEMPO_UPDOWN, 10, 240);
   tempo_->setGeometry(tempoField.right() + 1, tempoField.top(), 16, tempoField.height());
   counter_ = new SegmentCounter(this);
   counter_->move(8, 8);

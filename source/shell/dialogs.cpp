@@ -9,6 +9,7 @@
 #include "live/field_checks.h"
 #include "live/settings_dialogs.h"
 #include "midi/transport_words.h"
+#include "platform/command_ids.h"
 #include "shell/controls.h"
 #include "song/song_store.h"
 
@@ -75,36 +76,39 @@ std::unique_ptr<FieldDialog> MakeFieldDialog(QWidget* parent, uint32_t dialogId)
                                          });
   };
   switch (dialogId) {
-    case 105: {
+    case DLG_TEMPO: {
       const std::string old = TempoDialogText();
-      return std::make_unique<FieldDialog>(parent, QStringLiteral("Tempo"), 1175, QStringLiteral("Tempo:"), text(old),
-                                           QStringList{QStringLiteral("(Beats"), QStringLiteral("per minutes)")},
-                                           silently(old, ApplyTempoDialog));
+      return std::make_unique<FieldDialog>(
+          parent, QStringLiteral("Tempo"), ID_TEMPO_FIELD, QStringLiteral("Tempo:"), text(old),
+          QStringList{QStringLiteral("(Beats"), QStringLiteral("per minutes)")}, silently(old, ApplyTempoDialog));
     }
-    case 109: {
+    case DLG_RESOLUTION: {
       const std::string old = ResolutionDialogText();
-      return std::make_unique<FieldDialog>(parent, QStringLiteral("Resolution"), 1176, QStringLiteral("Resolution:"),
-                                           text(old), QStringList{QStringLiteral("(Ticks per Beat)")},
-                                           silently(old, ApplyResolutionDialog));
+      return std::make_unique<FieldDialog>(
+          parent, QStringLiteral("Resolution"), ID_RESOLUTION_FIELD, QStringLiteral("Resolution:"), text(old),
+          QStringList{QStringLiteral("(Ticks per Beat)")}, silently(old, ApplyResolutionDialog));
     }
-    case 102: {
+    case DLG_QUANTIZE_RECORD: {
       auto dialog = std::make_unique<FieldDialog>(
-          parent, QStringLiteral("Quantizar"), 1177, QStringLiteral("Resolution:"), text(QuantizeRecordDialogText()),
-          QStringList{QStringLiteral("(Ticks)")},
+          parent, QStringLiteral("Quantizar"), ID_QUANTIZE_RESOLUTION_FIELD, QStringLiteral("Resolution:"),
+          text(QuantizeRecordDialogText()), QStringList{QStringLiteral("(Ticks)")},
           [](QLineEdit* field) { return ApplyQuantizeRecordDialog(EditedText(field), field->isModified()); });
       FieldDialog* owner = dialog.get();
-      dialog->addButton(1707, QStringLiteral("Filters"), [owner] {
-        FilterDialog filters(owner, 101);
+      dialog->addButton(ID_QUANTIZE_FILTERS_BUTTON, QStringLiteral("Filters"), [owner] {
+        FilterDialog filters(owner, DLG_QUANTIZE_FILTERS);
         filters.exec();
       });
       return dialog;
     }
-    case 106: return timeDialog(QStringLiteral("From"), 2050, QStringLiteral("Time:"), SelectFrom, ApplyFromDialog);
-    case 107: return timeDialog(QStringLiteral("To"), 2051, QStringLiteral("Time:"), SelectTo, ApplyToDialog);
-    case 108:
-      return timeDialog(QStringLiteral("Go to"), 1179, QStringLiteral("Time:"), SongPosition, ApplyGoToDialog);
-    case 130:
-      return std::make_unique<FieldDialog>(parent, QStringLiteral("Seed"), 517, QStringLiteral("Seed:"),
+    case DLG_FROM:
+      return timeDialog(QStringLiteral("From"), ID_FROM_FIELD, QStringLiteral("Time:"), SelectFrom, ApplyFromDialog);
+    case DLG_TO:
+      return timeDialog(QStringLiteral("To"), ID_TO_FIELD, QStringLiteral("Time:"), SelectTo, ApplyToDialog);
+    case DLG_GO_TO:
+      return timeDialog(QStringLiteral("Go to"), ID_GO_TO_FIELD, QStringLiteral("Time:"), SongPosition,
+                        ApplyGoToDialog);
+    case DLG_SEED:
+      return std::make_unique<FieldDialog>(parent, QStringLiteral("Seed"), ID_SEED_FIELD, QStringLiteral("Seed:"),
                                            text(SeedDialogText()), QStringList{}, [](QLineEdit* field) {
                                              ApplySeedDialog(field->text().toStdString());
                                              return true;
@@ -125,9 +129,9 @@ struct FilterDialogPlace {
 };
 
 constexpr FilterDialogPlace FilterDialogs[] = {
-    {103, "Input Filters", "Reject this kind of events:", 1400},
-    {104, "Output Filtros", "Reject this kind of events:", 1500},
-    {101, "Filters", "Prevent from quantize:", 1700},
+    {DLG_INPUT_FILTERS, "Input Filters", "Reject this kind of events:", ID_INPUT_FILTER_BOXES},
+    {DLG_OUTPUT_FILTERS, "Output Filtros", "Reject this kind of events:", ID_OUTPUT_FILTER_BOXES},
+    {DLG_QUANTIZE_FILTERS, "Filters", "Prevent from quantize:", ID_QUANTIZE_FILTER_BOXES},
 };
 
 constexpr const char* FilterCaptions[7] = {"Note O&ff",          "Note &On",          "&Key Pressure", "&Control Change",
@@ -175,8 +179,8 @@ void FilterDialog::accept() {
 MeterDialog::MeterDialog(QWidget* parent) : CenteredDialog(parent, QStringLiteral("Measure")) {
   auto* layout = new QVBoxLayout(this);
   auto* form = new QFormLayout;
-  numerator_ = NumberField(this, 2102, text(NumeratorText));
-  denominator_ = NumberField(this, 2101, text(DenominatorText));
+  numerator_ = NumberField(this, ID_METER_NUMERATOR, text(NumeratorText));
+  denominator_ = NumberField(this, ID_METER_DENOMINATOR, text(DenominatorText));
   form->addRow(QStringLiteral("&Beats per Measure :"), numerator_);
   form->addRow(QStringLiteral("Beats &Valor :"), denominator_);
   layout->addLayout(form);
@@ -189,7 +193,7 @@ void MeterDialog::accept() {
     QDialog::accept();
     return;
   }
-  RefuseField(field(refused), text(refused == 2102 ? NumeratorText : DenominatorText), false);
+  RefuseField(field(refused), text(refused == ID_METER_NUMERATOR ? NumeratorText : DenominatorText), false);
 }
 
 // ---------------------------------------------------------------------------
@@ -220,8 +224,8 @@ MetronomeDialog::MetronomeDialog(QWidget* parent) : CenteredDialog(parent, QStri
   auto* switches = new QHBoxLayout;
   onPlay_ = new QCheckBox(QStringLiteral("&Play"), this);
   onRecord_ = new QCheckBox(QStringLiteral("&Record"), this);
-  onPlay_->setObjectName(QStringLiteral("2105"));
-  onRecord_->setObjectName(QStringLiteral("2106"));
+  onPlay_->setObjectName(QString::number(ID_METRONOME_ON_PLAY));
+  onRecord_->setObjectName(QString::number(ID_METRONOME_ON_RECORD));
   onPlay_->setChecked(MetronomeOnPlay());
   onRecord_->setChecked(MetronomeOnRecord());
   switches->addWidget(onPlay_);
@@ -273,8 +277,10 @@ DevicesDialog::DevicesDialog(QWidget* parent) : CenteredDialog(parent, QStringLi
       name->setText(item->text());
     });
   };
-  column(1108, 1106, QStringLiteral("MIDI In"), MidiInDeviceNames(), MidiInDevice, inName_, inputs_);
-  column(1109, 1107, QStringLiteral("MIDI Out"), MidiOutDeviceNames(), MidiOutDevice, outName_, outputs_);
+  column(ID_DEVICES_IN_NAME, ID_DEVICES_IN_LIST, QStringLiteral("MIDI In"), MidiInDeviceNames(), MidiInDevice, inName_,
+         inputs_);
+  column(ID_DEVICES_OUT_NAME, ID_DEVICES_OUT_LIST, QStringLiteral("MIDI Out"), MidiOutDeviceNames(), MidiOutDevice,
+         outName_, outputs_);
   layout->addLayout(columns);
   layout->addWidget(OkCancelButtons(this));
   resize(620, 320);

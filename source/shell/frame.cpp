@@ -1,5 +1,8 @@
 #include "shell/frame.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include <QAction>
 #include <QActionGroup>
 #include <QCloseEvent>
@@ -43,66 +46,70 @@ struct Menu {
 const std::vector<Menu>& MenuBar() {
   static const std::vector<Menu> menus = {
       {"&File",
-       {{24331, "&New"},
-        {24332, "&Open..."},
-        {24333, "&Save"},
-        {24334, "S&ave as..."},
+       {{CMD_NEW_SONG, "&New"},
+        {CMD_OPEN_SONG, "&Open..."},
+        {CMD_SAVE_SONG, "&Save"},
+        {CMD_SAVE_SONG_AS, "S&ave as..."},
         {0, nullptr},
-        {1616, "O&pen Velmora..."},
-        {1617, "Save &Velmora as..."},
+        {CMD_OPEN_SETUP, "O&pen Velmora..."},
+        {CMD_SAVE_SETUP_AS, "Save &Velmora as..."},
         {0, nullptr},
-        {24310, "&Exit"}}},
+        {CMD_EXIT, "&Exit"}}},
       {"&View",
-       {{1619, "&Tracks"},
-        {1620, "&Events List"},
-        {1621, "Controlers"},
-        {1628, "Lyrics"},
+       {{CMD_VIEW_TRACKS, "&Tracks"},
+        {CMD_VIEW_EVENTS, "&Events List"},
+        {CMD_VIEW_CONTROLLERS, "Controlers"},
+        {CMD_VIEW_LYRICS, "Lyrics"},
         {0, nullptr},
-        {1624, "Control Panel"},
-        {1623, "Distributions"},
-        {1622, "Functions"},
-        {1625, "Boards"},
-        {1626, "Banks"}}},
-      {"&Realtime", {{1608, "&Quantize Record"}}},
+        {CMD_VIEW_CONTROL_PANEL, "Control Panel"},
+        {CMD_VIEW_DISTRIBUTIONS, "Distributions"},
+        {CMD_VIEW_FUNCTIONS, "Functions"},
+        {CMD_VIEW_BOARDS, "Boards"},
+        {CMD_VIEW_BANKS, "Banks"}}},
+      {"&Realtime", {{CMD_QUANTIZE_RECORD_SETTINGS, "&Quantize Record"}}},
       {"&Select",
-       {{1184, "&From..."},
-        {1185, "&To..."},
-        {1190, "&From now"},
-        {1191, "&To now"},
-        {1192, "From &Home"},
-        {1193, "To &End"}}},
-      {"&Goto...", {{1178, "&Time..."}, {1194, "&Beginning"}, {1195, "&End"}}},
+       {{CMD_SELECT_FROM, "&From..."},
+        {CMD_SELECT_TO, "&To..."},
+        {CMD_SELECT_FROM_NOW, "&From now"},
+        {CMD_SELECT_TO_NOW, "&To now"},
+        {CMD_SELECT_FROM_HOME, "From &Home"},
+        {CMD_SELECT_TO_END, "To &End"}}},
+      {"&Goto...", {{CMD_GO_TO_TIME, "&Time..."}, {CMD_GO_TO_BEGINNING, "&Beginning"}, {CMD_GO_TO_SONG_END, "&End"}}},
       {"&Edit",
-       {{1186, "&Copy..."},
-        {1187, "Cu&t..."},
-        {1188, "&Paste..."},
+       {{CMD_COPY, "&Copy..."},
+        {CMD_CUT, "Cu&t..."},
+        {CMD_PASTE, "&Paste..."},
         {0, nullptr},
-        {1609, "&Quantize..."},
-        {1614, "&Length..."},
-        {1613, "&Transpose"},
-        {1612, "&Velocity..."},
-        {1611, "&Slide..."}}},
-      {"&Track", {{1189, "&Delete"}, {1196, "&Properties"}, {1197, "&Select"}}},
+        {CMD_QUANTIZE, "&Quantize..."},
+        {CMD_LENGTH, "&Length..."},
+        {CMD_TRANSPOSE, "&Transpose"},
+        {CMD_VELOCITY, "&Velocity..."},
+        {CMD_SLIDE, "&Slide..."}}},
+      {"&Track", {{CMD_TRACK_DELETE, "&Delete"}, {CMD_TRACK_PROPERTIES, "&Properties"}, {CMD_TRACK_SELECT, "&Select"}}},
       {"&Settings",
-       {{1618, "&Link"},
-        {1627, "&Seed"},
+       {{CMD_MENU_LINK, "&Link"},
+        {CMD_SEED, "&Seed"},
         {0, nullptr},
-        {1606, "&Tempo..."},
-        {1610, "&Meter..."},
-        {1615, "Met&ronome..."},
+        {CMD_TEMPO, "&Tempo..."},
+        {CMD_METER, "&Meter..."},
+        {CMD_METRONOME_SETTINGS, "Met&ronome..."},
         {0, nullptr},
         {1, "&Clock..."},
-        {1600, "&Internal clock"},
-        {1601, "&MIDI sync"},
+        {CMD_MENU_INTERNAL_CLOCK, "&Internal clock"},
+        {CMD_MENU_MIDI_SYNC, "&MIDI sync"},
         {2, nullptr},
-        {1554, "&MIDI devices"},
-        {1555, "MIDI t&hru"},
-        {1607, "&Resolution..."},
+        {CMD_MIDI_DEVICES, "&MIDI devices"},
+        {CMD_MIDI_THRU, "MIDI t&hru"},
+        {CMD_RESOLUTION, "&Resolution..."},
         {0, nullptr},
-        {1422, "&Input filters"},
-        {1522, "&Output filters"}}},
-      {"&Window", {{24361, "&Cascade"}, {24362, "&Tile vertical"}, {24364, "Arrange &icons"}, {24365, "Close &all"}}},
-      {"&Help", {{1202, "&Contents"}, {1203, "Using &help"}, {2009, "&About..."}}},
+        {CMD_INPUT_FILTERS, "&Input filters"},
+        {CMD_OUTPUT_FILTERS, "&Output filters"}}},
+      {"&Window",
+       {{CMD_CASCADE, "&Cascade"},
+        {CMD_TILE, "&Tile vertical"},
+        {CMD_ARRANGE_ICONS, "Arrange &icons"},
+        {CMD_CLOSE_ALL, "Close &all"}}},
+      {"&Help", {{CMD_HELP_CONTENTS, "&Contents"}, {CMD_HELP_USING, "Using &help"}, {CMD_ABOUT, "&About..."}}},
   };
   return menus;
 }
@@ -110,67 +117,81 @@ const std::vector<Menu>& MenuBar() {
 // The string table's hints, under their commands' ids.
 const std::map<uint32_t, const char*>& Hints() {
   static const std::map<uint32_t, const char*> hints = {
-      {24331, "Clean all sequencer data"},
-      {24332, "Load a MIDI file from disk"},
-      {24333, "Save MIDI file to disk"},
-      {24334, "Save a MIDI file under a new name"},
-      {24310, "Quit Velmora"},
-      {1184, "Mark the selection beginning"},
-      {1185, "Mark the selección end"},
-      {1190, "Select from this time"},
-      {1191, "Select to this time"},
-      {1192, "Select from the begining"},
-      {1193, "Select to the time of the last event"},
-      {1178, "Go to specific time"},
-      {1194, "Go to the bigining"},
-      {1195, "Go to the time of the last event"},
-      {1186, "Copy MIDI events"},
-      {1187, "Cut MIDI events"},
-      {1188, "Paste MIDI events"},
-      {1609, "Round off the stsrting times and/or durations of MIDI events"},
-      {1614, "Change events starting times and/or duration"},
-      {1613, "Change pitches of Notes"},
-      {1612, "Scale note velocities from one value to another over time"},
-      {1611, "Slide events in time"},
-      {1189, "Delete current track"},
-      {1196, "Change the track settings"},
-      {1197, "Select the entire track to make the edition posible"},
-      {1606, "Set tempo"},
-      {1615, "Change metronome settings"},
-      {1600, "Follow the Velmora 's internal clock"},
-      {1601, "Follow another device that is sending MIDI Sync to Velmora's MIDI In port"},
-      {1554, "MIDI devices"},
-      {1555, "Echo MIDI in to MIDI out"},
-      {1607, "Timing resolution"},
-      {1422, "Filter specific types of incoming MIDI events"},
-      {1522, "Filter specific types of outcoming MIDI events"},
-      {24361, "Cascade open windows"},
-      {24362, "Tile open windows"},
-      {24364, "Arrange iconic windows along bottom"},
-      {24365, "Close all open windows"},
-      {1202, "Help table of contents"},
-      {1203, "How to use Help"},
-      {2009, "About... "},
-      {24360, "Arrange open windows"},
-      {2008, "About... "},
-      {65535, "Create, open, save Velmora/MIDI files or quit"},
+      {CMD_NEW_SONG, "Clean all sequencer data"},
+      {CMD_OPEN_SONG, "Load a MIDI file from disk"},
+      {CMD_SAVE_SONG, "Save MIDI file to disk"},
+      {CMD_SAVE_SONG_AS, "Save a MIDI file under a new name"},
+      {CMD_EXIT, "Quit Velmora"},
+      {CMD_SELECT_FROM, "Mark the selection beginning"},
+      {CMD_SELECT_TO, "Mark the selección end"},
+      {CMD_SELECT_FROM_NOW, "Select from this time"},
+      {CMD_SELECT_TO_NOW, "Select to this time"},
+      {CMD_SELECT_FROM_HOME, "Select from the begining"},
+      {CMD_SELECT_TO_END, "Select to the time of the last event"},
+      {CMD_GO_TO_TIME, "Go to specific time"},
+      {CMD_GO_TO_BEGINNING, "Go to the bigining"},
+      {CMD_GO_TO_SONG_END, "Go to the time of the last event"},
+      {CMD_COPY, "Copy MIDI events"},
+      {CMD_CUT, "Cut MIDI events"},
+      {CMD_PASTE, "Paste MIDI events"},
+      {CMD_QUANTIZE, "Round off the stsrting times and/or durations of MIDI events"},
+      {CMD_LENGTH, "Change events starting times and/or duration"},
+      {CMD_TRANSPOSE, "Change pitches of Notes"},
+      {CMD_VELOCITY, "Scale note velocities from one value to another over time"},
+      {CMD_SLIDE, "Slide events in time"},
+      {CMD_TRACK_DELETE, "Delete current track"},
+      {CMD_TRACK_PROPERTIES, "Change the track settings"},
+      {CMD_TRACK_SELECT, "Select the entire track to make the edition posible"},
+      {CMD_TEMPO, "Set tempo"},
+      {CMD_METRONOME_SETTINGS, "Change metronome settings"},
+      {CMD_MENU_INTERNAL_CLOCK, "Follow the Velmora 's internal clock"},
+      {CMD_MENU_MIDI_SYNC, "Follow another device that is sending MIDI Sync to Velmora's MIDI In port"},
+      {CMD_MIDI_DEVICES, "MIDI devices"},
+      {CMD_MIDI_THRU, "Echo MIDI in to MIDI out"},
+      {CMD_RESOLUTION, "Timing resolution"},
+      {CMD_INPUT_FILTERS, "Filter specific types of incoming MIDI events"},
+      {CMD_OUTPUT_FILTERS, "Filter specific types of outcoming MIDI events"},
+      {CMD_CASCADE, "Cascade open windows"},
+      {CMD_TILE, "Tile open windows"},
+      {CMD_ARRANGE_ICONS, "Arrange iconic windows along bottom"},
+      {CMD_CLOSE_ALL, "Close all open windows"},
+      {CMD_HELP_CONTENTS, "Help table of contents"},
+      {CMD_HELP_USING, "How to use Help"},
+      {CMD_ABOUT, "About... "},
+      {CMD_ARRANGE, "Arrange open windows"},
+      {CMD_ABOUT_HINT, "About... "},
+      {CMD_FILE_MENU_HINT, "Create, open, save Velmora/MIDI files or quit"},
   };
   return hints;
 }
 
+// The edit commands, which a region of selected tracks needs.
+constexpr uint32_t EditCommands[] = {CMD_COPY,   CMD_CUT,       CMD_PASTE,    CMD_QUANTIZE,
+                                     CMD_LENGTH, CMD_TRANSPOSE, CMD_VELOCITY, CMD_SLIDE};
+
 // The commands whose view or dialog is not part of Velmora yet: they stay gray.
-bool NotYetAvailable(uint32_t id) {
-  switch (id) {
-    case 1619: case 1620: case 1621: case 1628: case 1623: case 1622: case 1625: case 1626:  // views
-    case 1186: case 1187: case 1188: case 1609: case 1614: case 1613: case 1612: case 1611:  // edits
-    case 1189: case 1196: case 1197:                                                         // tracks
-      return true;
-    default: return false;
-  }
+constexpr uint32_t NotYetAvailableCommands[] = {CMD_VIEW_TRACKS,      CMD_VIEW_EVENTS,        CMD_VIEW_CONTROLLERS,
+                                                CMD_VIEW_LYRICS,      CMD_VIEW_DISTRIBUTIONS, CMD_VIEW_FUNCTIONS,
+                                                CMD_VIEW_BOARDS,      CMD_VIEW_BANKS,         CMD_TRACK_DELETE,
+                                                CMD_TRACK_PROPERTIES, CMD_TRACK_SELECT};
+
+// The commands that only a stopped transport allows.
+constexpr uint32_t IdleCommands[] = {CMD_NEW_SONG,     CMD_OPEN_SONG,           CMD_SAVE_SONG,      CMD_SAVE_SONG_AS,
+                                     CMD_EXIT,         CMD_METRONOME_SETTINGS,  CMD_RESOLUTION,     CMD_TRACK_DELETE,
+                                     CMD_MIDI_DEVICES, CMD_MENU_INTERNAL_CLOCK, CMD_MENU_MIDI_SYNC, CMD_TRACK_SELECT};
+
+// The menu entries with a check mark.
+constexpr uint32_t CheckedCommands[] = {CMD_MENU_INTERNAL_CLOCK, CMD_MENU_MIDI_SYNC, CMD_MENU_LINK, CMD_MIDI_THRU};
+
+template <std::size_t N>
+bool Among(const uint32_t (&ids)[N], uint32_t id) {
+  return std::find(std::begin(ids), std::end(ids), id) != std::end(ids);
 }
 
+bool NotYetAvailable(uint32_t id) { return Among(EditCommands, id) || Among(NotYetAvailableCommands, id); }
+
 // The toolbar: 0 stands for a separator.
-constexpr uint32_t ToolbarEntries[] = {0, 24331, 24332, 24333, 0, 1187, 1186, 1188};
+constexpr uint32_t ToolbarEntries[] = {0, CMD_NEW_SONG, CMD_OPEN_SONG, CMD_SAVE_SONG, 0, CMD_CUT, CMD_COPY, CMD_PASTE};
 
 // The toolbar's images, drawn: a page, a folder, a diskette, scissors, two pages, a clipboard.
 QIcon ToolImage(uint32_t id) {
@@ -188,30 +209,30 @@ QIcon ToolImage(uint32_t id) {
                             r.bottomRight(), r.bottomLeft()});
   };
   switch (id) {
-    case 24331: page(QRectF(3.5, 1.5, 9, 13)); break;
-    case 24332:
+    case CMD_NEW_SONG: page(QRectF(3.5, 1.5, 9, 13)); break;
+    case CMD_OPEN_SONG:
       p.setBrush(folder);
       p.drawPolygon(QPolygonF{{1.5, 4.5}, {6, 4.5}, {7.5, 6}, {14.5, 6}, {14.5, 13.5}, {1.5, 13.5}});
       break;
-    case 24333:
+    case CMD_SAVE_SONG:
       p.setBrush(disk);
       p.drawRect(QRectF(2.5, 2.5, 11, 11));
       p.setBrush(paper);
       p.drawRect(QRectF(4.5, 2.5, 7, 4));
       p.drawRect(QRectF(4.5, 9, 7, 4.5));
       break;
-    case 1187:
+    case CMD_CUT:
       p.setBrush(Qt::NoBrush);
       p.drawEllipse(QPointF(5, 12), 2.3, 2.3);
       p.drawEllipse(QPointF(11, 12), 2.3, 2.3);
       p.drawLine(QPointF(6.3, 10.2), QPointF(11, 2));
       p.drawLine(QPointF(9.7, 10.2), QPointF(5, 2));
       break;
-    case 1186:
+    case CMD_COPY:
       page(QRectF(1.5, 1.5, 8, 10));
       page(QRectF(6.5, 4.5, 8, 10));
       break;
-    case 1188:
+    case CMD_PASTE:
       p.setBrush(folder);
       p.drawRect(QRectF(2.5, 2.5, 10, 12));
       p.setBrush(QColor(160, 160, 160));
@@ -230,11 +251,15 @@ struct ViewPlace {
 };
 
 const ViewPlace ViewPlaces[] = {
-    {1619, "Tracks", &TracksOpen},         {1620, "Events List", &EventsOpen},
-    {1621, "Controlers", &ControllersOpen}, {1628, "Lyrics", &LyricsOpen},
-    {1624, "Control Panel", &ControlPanelOpen}, {1623, "Distributions", &DistributionsOpen},
-    {1622, "Functions", &FunctionsOpen},   {1625, "Boards", &BoardsOpen},
-    {1626, "Banks", &BanksOpen},
+    {CMD_VIEW_TRACKS, "Tracks", &TracksOpen},
+    {CMD_VIEW_EVENTS, "Events List", &EventsOpen},
+    {CMD_VIEW_CONTROLLERS, "Controlers", &ControllersOpen},
+    {CMD_VIEW_LYRICS, "Lyrics", &LyricsOpen},
+    {CMD_VIEW_CONTROL_PANEL, "Control Panel", &ControlPanelOpen},
+    {CMD_VIEW_DISTRIBUTIONS, "Distributions", &DistributionsOpen},
+    {CMD_VIEW_FUNCTIONS, "Functions", &FunctionsOpen},
+    {CMD_VIEW_BOARDS, "Boards", &BoardsOpen},
+    {CMD_VIEW_BANKS, "Banks", &BanksOpen},
 };
 
 }  // namespace
@@ -243,16 +268,10 @@ std::optional<bool> CommandAllowed(uint32_t id) {
   const bool idle = Playing != 1 && Recording != 1;
   const bool tracksSelected = SelectedTrackCount != 0;
   constexpr bool bufferFilled = false;  // nothing copies into an edit buffer yet
-  switch (id) {
-    case 1186: case 1187:
-    case 1609: case 1614: case 1611: case 1613: case 1612:
-      return idle && tracksSelected;
-    case 1188: return idle && bufferFilled;
-    case 24331: case 24332: case 24333: case 24334: case 24310:
-    case 1615: case 1607: case 1189: case 1554: case 1600: case 1601: case 1197:
-      return idle;
-    default: return std::nullopt;
-  }
+  if (id == CMD_PASTE) return idle && bufferFilled;
+  if (Among(EditCommands, id)) return idle && tracksSelected;
+  if (Among(IdleCommands, id)) return idle;
+  return std::nullopt;
 }
 
 QString CommandHint(uint32_t id) {
@@ -302,7 +321,7 @@ void MainFrame::createMenus() {
       } else {
         QAction* action = current->addAction(QString::fromUtf8(entry.label));
         action->setObjectName(QString::number(entry.id));
-        action->setCheckable(entry.id == 1600 || entry.id == 1601 || entry.id == 1618 || entry.id == 1555);
+        action->setCheckable(Among(CheckedCommands, entry.id));
         action->setEnabled(!NotYetAvailable(entry.id));
         connect(action, &QAction::triggered, this, [this, id = entry.id] { command(id); });
         actions_[entry.id] = action;
@@ -314,7 +333,7 @@ void MainFrame::createMenus() {
     }
   }
   // The Edit menu starts gray until the gray rules first run.
-  for (const uint32_t id : {1186u, 1187u, 1188u, 1609u, 1614u, 1613u, 1612u, 1611u}) actions_[id]->setEnabled(false);
+  for (const uint32_t id : EditCommands) actions_[id]->setEnabled(false);
 }
 
 void MainFrame::createToolbar() {
@@ -331,7 +350,7 @@ void MainFrame::createToolbar() {
     tool->setObjectName(QString::number(id));
     tool->setToolTip(CommandHint(id));
     // Cut, Copy and Paste start indeterminate, shown gray.
-    tool->setEnabled(id == 24331 || id == 24332 || id == 24333);
+    tool->setEnabled(id == CMD_NEW_SONG || id == CMD_OPEN_SONG || id == CMD_SAVE_SONG);
     connect(tool, &QAction::triggered, this, [this, id] { command(id); });
     tools_[id] = tool;
   }
@@ -404,7 +423,9 @@ void MainFrame::openView(uint32_t id) {
       activateMdiChildByTitle(title);
       return;
     }
-    if (id == 1624) openMdiChild(new shell::ControlPanelWindow, 0, 0, clientRect_.width(), clientRect_.height());
+    if (id == CMD_VIEW_CONTROL_PANEL) {
+      openMdiChild(new shell::ControlPanelWindow, 0, 0, clientRect_.width(), clientRect_.height());
+    }
     return;
   }
 }
@@ -418,7 +439,7 @@ void MainFrame::fillWindowMenu() {
   int n = 0;
   for (QMdiSubWindow* child : children) {
     QAction* action = windowMenu_->addAction(QStringLiteral("&%1 %2").arg(n + 1).arg(child->windowTitle()));
-    action->setObjectName(QString::number(4100 + n++));
+    action->setObjectName(QString::number(CMD_FIRST_CHILD_WINDOW + n++));
     action->setProperty("childWindow", true);
     action->setCheckable(true);
     action->setChecked(child == client_->activeSubWindow());
@@ -446,41 +467,41 @@ void MainFrame::command(uint32_t id) {
     case CMD_OPEN_SONG: OpenSongDialog(); return;
     case CMD_SAVE_SONG: SaveSong(); return;
     case CMD_SAVE_SONG_AS: SaveSongAs(); return;
-    case 1616: ReadParameterFile(ControlBarWindow); return;
-    case 1617: WriteParameterFile(ControlBarWindow); return;
-    case 24310: close(); return;
-    case 1608: MakeFieldDialog(this, 102)->exec(); return;
-    case 1184: MakeFieldDialog(this, 106)->exec(); return;
-    case 1185: MakeFieldDialog(this, 107)->exec(); return;
-    case 1190: SelectFromNow(); return;
-    case 1191: SelectToNow(); return;
-    case 1192: SelectFromHome(); return;
-    case 1193: SelectToEnd(); return;
-    case 1178: MakeFieldDialog(this, 108)->exec(); return;
-    case 1194: GoToBeginning(); return;
-    case 1195: GoToSongEnd(); return;
+    case CMD_OPEN_SETUP: ReadParameterFile(ControlBarWindow); return;
+    case CMD_SAVE_SETUP_AS: WriteParameterFile(ControlBarWindow); return;
+    case CMD_EXIT: close(); return;
+    case CMD_QUANTIZE_RECORD_SETTINGS: MakeFieldDialog(this, DLG_QUANTIZE_RECORD)->exec(); return;
+    case CMD_SELECT_FROM: MakeFieldDialog(this, DLG_FROM)->exec(); return;
+    case CMD_SELECT_TO: MakeFieldDialog(this, DLG_TO)->exec(); return;
+    case CMD_SELECT_FROM_NOW: SelectFromNow(); return;
+    case CMD_SELECT_TO_NOW: SelectToNow(); return;
+    case CMD_SELECT_FROM_HOME: SelectFromHome(); return;
+    case CMD_SELECT_TO_END: SelectToEnd(); return;
+    case CMD_GO_TO_TIME: MakeFieldDialog(this, DLG_GO_TO)->exec(); return;
+    case CMD_GO_TO_BEGINNING: GoToBeginning(); return;
+    case CMD_GO_TO_SONG_END: GoToSongEnd(); return;
     case CMD_MENU_LINK:
       platform::send(ControlBarWindow, WM_COMMAND, CMD_LINK, 0);
       platform::post(ControlBarControl(CMD_LINK), BUTTON_SET_STATE, Linked == 1 ? 1 : 0, 0);
       return;
-    case 1627: MakeFieldDialog(this, 130)->exec(); return;
-    case 1606: MakeFieldDialog(this, 105)->exec(); return;
-    case 1610: {
+    case CMD_SEED: MakeFieldDialog(this, DLG_SEED)->exec(); return;
+    case CMD_TEMPO: MakeFieldDialog(this, DLG_TEMPO)->exec(); return;
+    case CMD_METER: {
       MeterDialog dialog(this);
       if (dialog.exec() == QDialog::Accepted) ApplyMeter();
       return;
     }
-    case 1615: {
+    case CMD_METRONOME_SETTINGS: {
       MetronomeDialog dialog(this);
       if (dialog.exec() == QDialog::Accepted) ApplyMetronome();
       return;
     }
-    case 1607: {
+    case CMD_RESOLUTION: {
       const uint32_t old = SongResolution;
-      if (MakeFieldDialog(this, 109)->exec() == QDialog::Accepted) RescaleSongTimes(old, SongResolution);
+      if (MakeFieldDialog(this, DLG_RESOLUTION)->exec() == QDialog::Accepted) RescaleSongTimes(old, SongResolution);
       return;
     }
-    case 1554: {
+    case CMD_MIDI_DEVICES: {
       DevicesDialog dialog(this);
       dialog.exec();
       return;
@@ -488,15 +509,15 @@ void MainFrame::command(uint32_t id) {
     case CMD_MENU_INTERNAL_CLOCK:
     case CMD_MENU_MIDI_SYNC:
     case CMD_MIDI_THRU: platform::send(ControlBarWindow, WM_COMMAND, id, 0); return;
-    case 1422: FilterDialog(this, 103).exec(); return;
-    case 1522: FilterDialog(this, 104).exec(); return;
-    case 24361: client_->cascadeSubWindows(); return;
-    case 24362: client_->tileSubWindows(); return;
-    case 24364: arrangeIcons(); return;
-    case 24365: closeAllMdiChildren(); return;
-    case 1202: OpenManual(QString()); return;
-    case 1203: OpenManual(QString::fromLatin1(ManualUsingHelp)); return;
-    case 2009: {
+    case CMD_INPUT_FILTERS: FilterDialog(this, DLG_INPUT_FILTERS).exec(); return;
+    case CMD_OUTPUT_FILTERS: FilterDialog(this, DLG_OUTPUT_FILTERS).exec(); return;
+    case CMD_CASCADE: client_->cascadeSubWindows(); return;
+    case CMD_TILE: client_->tileSubWindows(); return;
+    case CMD_ARRANGE_ICONS: arrangeIcons(); return;
+    case CMD_CLOSE_ALL: closeAllMdiChildren(); return;
+    case CMD_HELP_CONTENTS: OpenManual(QString()); return;
+    case CMD_HELP_USING: OpenManual(QString::fromLatin1(ManualUsingHelp)); return;
+    case CMD_ABOUT: {
       AboutDialog about(this);
       about.exec();
       return;

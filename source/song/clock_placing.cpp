@@ -51,7 +51,7 @@ void PrepareMetronome(uint32_t p) {
   PlaceMetronome(clock, p);
   if (TheMidiOut != nullptr && (TheMidiOut->flags & METRONOME_PLAY) != 0) {
     TheMidiOut->flags.fetch_or(METRONOME_ON);
-    platform::post(ControlBarControl(109), BUTTON_SET_STATE, 1, 0);
+    platform::post(ControlBarControl(CMD_METRONOME), BUTTON_SET_STATE, 1, 0);
   }
 }
 

@@ -18,6 +18,7 @@
 #include "song/note_linking.h"
 #include "song/song_store.h"
 #include "song/song_tempo.h"
+#include "platform/command_ids.h"
 
 using namespace platform;
 
@@ -111,8 +112,8 @@ void takeMeter(SmfFile* smf) {
   }
   if (TheClock != nullptr) TheClock->beatsPerBar = static_cast<uint8_t>(Numerator.load());
   TicksPerBar = Numerator * SongResolution;
-  showNumber(1180, static_cast<int32_t>(Numerator.load()));
-  showNumber(1181, static_cast<int32_t>(Denominator.load()));
+  showNumber(ID_NUMERATOR_FIELD, static_cast<int32_t>(Numerator.load()));
+  showNumber(ID_DENOMINATOR_FIELD, static_cast<int32_t>(Denominator.load()));
 }
 
 // The lyric text of one file track, joined into LyricText: a second lyric at
@@ -290,8 +291,8 @@ void ResetSong() {
   TicksPerBar = Numerator * SongResolution;
   SelectFrom = SelectTo = 0;
   if (ControlBar != nullptr) {
-    ControlBar->setFieldText(2050, TimeText(SelectFrom));
-    ControlBar->setFieldText(2051, TimeText(SelectTo));
+    ControlBar->setFieldText(ID_FROM_FIELD, TimeText(SelectFrom));
+    ControlBar->setFieldText(ID_TO_FIELD, TimeText(SelectTo));
   }
   StartTempo(60.0);
   SetStartFrame(TheClock, 0);

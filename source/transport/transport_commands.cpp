@@ -68,9 +68,9 @@ void stopClockUnlessGenerating() {
 }
 
 void stopPlaying() {
-  enable(104, true);
-  enable(101, true);
-  setButton(101, 0);
+  enable(CMD_RECORD, true);
+  enable(CMD_PLAY, true);
+  setButton(CMD_PLAY, 0);
   stopClockUnlessGenerating();
   setOutputFlag(METRONOME_ON, false);
   ResetMidiOut(TheMidiOut);
@@ -79,8 +79,8 @@ void stopPlaying() {
 }
 
 void stopRecording() {
-  enable(104, true);
-  enable(101, true);
+  enable(CMD_RECORD, true);
+  enable(CMD_PLAY, true);
   platform::send(ControlBarControl(CMD_RECORD), BUTTON_SET_STATE, 0, 0);
   stopClockUnlessGenerating();
   setOutputFlag(METRONOME_ON, false);
@@ -144,7 +144,7 @@ void PlayCommand() {
   stopForGenerator();
   if (TheClock != nullptr) TheClock->followEnabled = 1;
   rememberEventsTop();
-  for (uint32_t id : {104u, 101u, 108u, 107u}) enable(id, false);
+  for (uint32_t id : {CMD_RECORD, CMD_PLAY, CMD_INTERNAL_CLOCK, CMD_MIDI_SYNC}) enable(id, false);
   const uint32_t p = SongPosition;
   PrepareMetronome(p);
   SeekFeed(p);
@@ -157,8 +157,8 @@ void PlayCommand() {
 void RecordCommand() {
   stopForGenerator();
   rememberEventsTop();
-  enable(108, false);
-  enable(107, false);
+  enable(CMD_INTERNAL_CLOCK, false);
+  enable(CMD_MIDI_SYNC, false);
   Recording = 1;
   const uint32_t p = SongPosition;
   SyncClock* clock = TheClock;
@@ -171,8 +171,8 @@ void RecordCommand() {
     setButton(CMD_METRONOME, 1);
   }
   CloseSMF(&SongReadHandle);
-  enable(101, false);
-  enable(104, false);
+  enable(CMD_PLAY, false);
+  enable(CMD_RECORD, false);
   TakeCount = 0;
   if (ActiveTrackCount != 0) {  // the song plays along with the take
     SeekFeed(p);
@@ -186,8 +186,8 @@ void RecordCommand() {
 
 void StopCommand() {
   setButton(CMD_METRONOME, 0);
-  enable(108, true);
-  enable(107, true);
+  enable(CMD_INTERNAL_CLOCK, true);
+  enable(CMD_MIDI_SYNC, true);
   if (Playing == 1) {
     stopPlaying();
   } else if (Recording == 1) {

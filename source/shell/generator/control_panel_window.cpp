@@ -33,8 +33,9 @@ ControlPanelWindow::ControlPanelWindow(QWidget* parent) : QWidget(parent) {
   ControlPanelOpen = 1;
   ::ControlPanelWindow = this;
   createControls();
-  for (const uint32_t id : {1300u, 1301u}) bars_[id]->handleMessage(HBAR_INIT, 100, 0);
-  for (uint32_t i = 0; i < 10; ++i) ControlPanelBars[i] = bars_[1280 + i];
+  for (const uint32_t id : {ID_PANEL_TIME_CONTROL_BAR, ID_PANEL_FUNCTIONS_RATE_BAR})
+    bars_[id]->handleMessage(HBAR_INIT, 100, 0);
+  for (uint32_t i = 0; i < 10; ++i) ControlPanelBars[i] = bars_[ID_PANEL_FIRST_BAR + i];
   RefreshControlPanel(this);
 }
 
@@ -62,11 +63,11 @@ void ControlPanelWindow::createControls() {
   for (int k = 0; k < 5; ++k) {
     const int x = 80 * k;
     const auto id = static_cast<uint32_t>(k);
-    addNumber(1242 + id, QRect(x + 45, 15, 26, 18), Qt::red);
-    addNumber(1231 + 2 * id, QRect(x + 9, 47, 26, 18), Qt::black);
-    addNumber(1232 + 2 * id, QRect(x + 45, 47, 26, 18), Qt::black);
+    addNumber(ID_PANEL_FIRST_SUM + id, QRect(x + 45, 15, 26, 18), Qt::red);
+    addNumber(ID_PANEL_FIRST_BOUND + 2 * id, QRect(x + 9, 47, 26, 18), Qt::black);
+    addNumber(ID_PANEL_FIRST_BOUND + 1 + 2 * id, QRect(x + 45, 47, 26, 18), Qt::black);
     for (int lower = 0; lower < 2; ++lower) {
-      const uint32_t barId = 1280 + 2 * id + static_cast<uint32_t>(lower);
+      const uint32_t barId = ID_PANEL_FIRST_BAR + 2 * id + static_cast<uint32_t>(lower);
       auto* bar = new Bar(this, this, barId, Bar::Orientation::Vertical, BarHeights[k]);
       bar->setGeometry(x + 9 + 36 * lower, 75, 26, BarHeights[k]);
       bar->handleMessage(BAR_SET_COLOR, 0, WordOfColor(Teal));
@@ -74,27 +75,28 @@ void ControlPanelWindow::createControls() {
     }
   }
   for (uint32_t channel = 0; channel < 16; ++channel) {
-    const uint32_t id = 201 + channel;
+    const uint32_t id = ID_PANEL_FIRST_CHANNEL + channel;
     auto* button = new Button(this, this, id, Button::Kind::TwoState, Face::Text, QString::number(channel + 1));
     const int column = static_cast<int>(channel % 2), row = static_cast<int>(channel / 2);
     button->setGeometry(column == 0 ? 420 : 496, 10 + 19 * row, 36, 12);
     button->setToolTip(QStringLiteral("Channel %1").arg(channel + 1));
     buttons_[id] = button;
   }
-  auto* overlap = new Button(this, this, 350, Button::Kind::TwoState, Face::Text, QStringLiteral("On"));
+  auto* overlap = new Button(this, this, ID_PANEL_OVERLAP, Button::Kind::TwoState, Face::Text, QStringLiteral("On"));
   overlap->setGeometry(370, 184, 36, 12);
   overlap->setToolTip(QStringLiteral("Overlap"));
-  buttons_[350] = overlap;
-  addNumber(1241, QRect(96, 225, 64, 18), Qt::black);
-  addNumber(1247, QRect(96, 249, 64, 18), Qt::black);
-  for (const auto& [id, y] : {std::pair{1300u, 225}, std::pair{1301u, 249}}) {
+  buttons_[ID_PANEL_OVERLAP] = overlap;
+  addNumber(ID_PANEL_TIME_BASE_NUMBER, QRect(96, 225, 64, 18), Qt::black);
+  addNumber(ID_PANEL_FUNCTIONS_RATE_NUMBER, QRect(96, 249, 64, 18), Qt::black);
+  for (const auto& [id, y] : {std::pair{ID_PANEL_TIME_CONTROL_BAR, 225}, std::pair{ID_PANEL_FUNCTIONS_RATE_BAR, 249}}) {
     auto* bar = new Bar(this, this, id, Bar::Orientation::Horizontal, 398);
     bar->setGeometry(167, y, 398, 18);
     bars_[id] = bar;
   }
-  auto* settings = new Button(this, this, 404, Button::Kind::Push, Face::Settings, QStringLiteral("Pitch selection"));
+  auto* settings = new Button(this, this, ID_PANEL_PITCH_SETTINGS, Button::Kind::Push, Face::Settings,
+                              QStringLiteral("Pitch selection"));
   settings->setGeometry(571, 233, 24, 24);
-  buttons_[404] = settings;
+  buttons_[ID_PANEL_PITCH_SETTINGS] = settings;
   QFont numbers = font();
   numbers.setPixelSize(11);
   QFont buttonFont = numbers;
@@ -113,14 +115,14 @@ QLabel* ControlPanelWindow::number(uint32_t id) const { return FindById(numbers_
 
 void ControlPanelWindow::refresh() {
   update();  // the first column's title follows the pitch mode
-  for (uint32_t n = 0; n < 16; ++n) buttons_[201 + n]->setDown(ChannelWeights[n] == 1);
-  buttons_[350]->setDown(Overlap == 1);
-  bars_[1300]->handleMessage(HBAR_SET_VALUE, static_cast<uint16_t>(LiveBank.timeControl), 0);
-  bars_[1301]->handleMessage(HBAR_SET_VALUE, FunctionsRate, 0);
+  for (uint32_t n = 0; n < 16; ++n) buttons_[ID_PANEL_FIRST_CHANNEL + n]->setDown(ChannelWeights[n] == 1);
+  buttons_[ID_PANEL_OVERLAP]->setDown(Overlap == 1);
+  bars_[ID_PANEL_TIME_CONTROL_BAR]->handleMessage(HBAR_SET_VALUE, static_cast<uint16_t>(LiveBank.timeControl), 0);
+  bars_[ID_PANEL_FUNCTIONS_RATE_BAR]->handleMessage(HBAR_SET_VALUE, FunctionsRate, 0);
   for (uint32_t i = 0; i < 10; ++i) {
     const auto d = static_cast<Distribution>(i / 2);
     const int16_t bound = i % 2 == 0 ? UpperBound(d) : LowerBound(d);
-    bars_[1280 + i]->handleMessage(BAR_SET_VALUE, static_cast<uint16_t>(bound), 0);
+    bars_[ID_PANEL_FIRST_BAR + i]->handleMessage(BAR_SET_VALUE, static_cast<uint16_t>(bound), 0);
   }
 }
 
@@ -129,9 +131,9 @@ intptr_t ControlPanelWindow::handleMessage(uint32_t msg, uintptr_t param1, uintp
   if (msg != WM_COMMAND) return 0;
   const auto id = static_cast<uint32_t>(param1 & 0xFFFF);
   const auto code = static_cast<uint32_t>(param1 >> 16 & 0xFFFF);
-  if (id >= 1280 && id <= 1289) {
+  if (id >= ID_PANEL_FIRST_BAR && id <= ID_PANEL_LAST_BAR) {
     commitBoundBar(id, code);
-  } else if (id == 1300 || id == 1301) {
+  } else if (id == ID_PANEL_TIME_CONTROL_BAR || id == ID_PANEL_FUNCTIONS_RATE_BAR) {
     commitHorizontalBar(id, code);
   } else {
     command(id, code);
@@ -141,36 +143,36 @@ intptr_t ControlPanelWindow::handleMessage(uint32_t msg, uintptr_t param1, uintp
 
 void ControlPanelWindow::commitBoundBar(uint32_t id, uint32_t code) {
   Bar* moved = bars_[id];
-  const uint32_t column = (id - 1280) / 2;
+  const uint32_t column = (id - ID_PANEL_FIRST_BAR) / 2;
   if (code == BAR_TRACKING) {
-    numbers_[1242 + column]->setNum(static_cast<int>(moved->handleMessage(BAR_GET_TRACK, 0, 0)));
+    numbers_[ID_PANEL_FIRST_SUM + column]->setNum(static_cast<int>(moved->handleMessage(BAR_GET_TRACK, 0, 0)));
     return;
   }
   const auto v = static_cast<int16_t>(moved->handleMessage(BAR_GET_VALUE, 0, 0));
   const uint32_t partner = CommitBoundBar(id, v);
   if (partner != 0) bars_[partner]->handleMessage(BAR_SET_VALUE, static_cast<uint16_t>(v), 0);
-  numbers_[1231 + (id - 1280)]->setNum(v);
+  numbers_[ID_PANEL_FIRST_BOUND + (id - ID_PANEL_FIRST_BAR)]->setNum(v);
 }
 
 void ControlPanelWindow::commitHorizontalBar(uint32_t id, uint32_t code) {
   if (code == BAR_TRACKING) return;
   const auto position = static_cast<uint32_t>(bars_[id]->handleMessage(HBAR_GET_VALUE, 0, 0));
-  if (id == 1300) {
+  if (id == ID_PANEL_TIME_CONTROL_BAR) {
     CommitTimeControl(position);
-    numbers_[1241]->setNum(static_cast<int>(TimeBase.load()));
+    numbers_[ID_PANEL_TIME_BASE_NUMBER]->setNum(static_cast<int>(TimeBase.load()));
   } else {
     CommitFunctionsRate(position);
-    numbers_[1247]->setNum(static_cast<int>(MapTimeScale(position)));
+    numbers_[ID_PANEL_FUNCTIONS_RATE_NUMBER]->setNum(static_cast<int>(MapTimeScale(position)));
   }
 }
 
 void ControlPanelWindow::command(uint32_t id, uint32_t) {
-  if (id >= 201 && id <= 216) {
+  if (id >= ID_PANEL_FIRST_CHANNEL && id <= ID_PANEL_LAST_CHANNEL) {
     // The last lit channel cannot be turned off: its button is pressed again.
     if (!SwitchChannel(id)) buttons_[id]->handleMessage(BUTTON_SET_STATE, 1, 0);
-  } else if (id == 350) {
+  } else if (id == ID_PANEL_OVERLAP) {
     Overlap = Overlap == 1 ? 0 : 1;
-  } else if (id == 404) {
+  } else if (id == ID_PANEL_PITCH_SETTINGS) {
     PitchSelectionDialog dialog(this);
     dialog.exec();
     update();
@@ -191,7 +193,8 @@ void ControlPanelWindow::paintEvent(QPaintEvent*) {
                              QStringLiteral("Length")};
   for (int k = 0; k < 5; ++k) painter.drawText(QPoint(80 * k + 4, 24 - painter.fontMetrics().descent()), titles[k]);
   for (const auto& [id, label] : numbers_) {
-    if (id < 1242 || id > 1246) PaintEdge(painter, label->geometry().adjusted(-1, -1, 0, 0), true);
+    if (id < ID_PANEL_FIRST_SUM || id > ID_PANEL_LAST_SUM)
+      PaintEdge(painter, label->geometry().adjusted(-1, -1, 0, 0), true);
   }
   for (const auto& [id, b] : bars_) PaintEdge(painter, b->geometry().adjusted(-1, -1, 0, 0), true);
   painter.setPen(QColor(0, 0, 0));
@@ -212,22 +215,22 @@ PitchSelectionDialog::PitchSelectionDialog(QWidget* parent)
   auto* modeLayout = new QVBoxLayout(modeBox);
   note_ = new QRadioButton(QStringLiteral("&Note"), modeBox);
   interval_ = new QRadioButton(QStringLiteral("&Interval"), modeBox);
-  note_->setObjectName(QStringLiteral("104"));
-  interval_->setObjectName(QStringLiteral("103"));
+  note_->setObjectName(QString::number(ID_PITCH_NOTES));
+  interval_->setObjectName(QString::number(ID_PITCH_INTERVALS));
   modeLayout->addWidget(note_);
   modeLayout->addWidget(interval_);
   layout->addWidget(modeBox);
   auto* intervalBox = new QGroupBox(QStringLiteral("Interval mode settings"), this);
   auto* form = new QFormLayout(intervalBox);
-  for (const auto& [id, label, value] :
-       {std::tuple{513u, "From note:", FromNote.load()}, std::tuple{101u, "Minimum bound:", IntervalMin.load()},
-        std::tuple{102u, "Maximum Bound:", IntervalMax.load()}}) {
+  for (const auto& [id, label, value] : {std::tuple{ID_PITCH_FROM_NOTE, "From note:", FromNote.load()},
+                                         std::tuple{ID_PITCH_MINIMUM, "Minimum bound:", IntervalMin.load()},
+                                         std::tuple{ID_PITCH_MAXIMUM, "Maximum Bound:", IntervalMax.load()}}) {
     auto* edit = NumberField(intervalBox, id, QString::number(value));
     form->addRow(QString::fromLatin1(label), edit);
     fields_[id] = edit;
   }
   mirror_ = new QCheckBox(QStringLiteral("Mirror"), intervalBox);
-  mirror_->setObjectName(QStringLiteral("105"));
+  mirror_->setObjectName(QString::number(ID_PITCH_MIRROR));
   form->addRow(mirror_);
   layout->addWidget(intervalBox);
   layout->addWidget(OkCancelButtons(this));
@@ -238,9 +241,9 @@ PitchSelectionDialog::PitchSelectionDialog(QWidget* parent)
 QLineEdit* PitchSelectionDialog::field(uint32_t id) const { return FindById(fields_, id); }
 
 void PitchSelectionDialog::accept() {
-  PitchSettings settings{interval_->isChecked(), FieldValue(field(513)->text().toStdString()),
-                         FieldValue(field(101)->text().toStdString()), FieldValue(field(102)->text().toStdString()),
-                         mirror_->isChecked()};
+  PitchSettings settings{interval_->isChecked(), FieldValue(field(ID_PITCH_FROM_NOTE)->text().toStdString()),
+                         FieldValue(field(ID_PITCH_MINIMUM)->text().toStdString()),
+                         FieldValue(field(ID_PITCH_MAXIMUM)->text().toStdString()), mirror_->isChecked()};
   if (settings.intervalMode) {
     const PitchSettingsCheck check = CheckPitchSettings(settings);
     if (!check.ok) {
