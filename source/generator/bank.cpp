@@ -84,55 +84,40 @@ void SetBankDefaults() {
   Overlap = 0;
 }
 
-SharedWord<int16_t>& LowerBound(Distribution d) {
-  Bank& b = LiveBank;
-  switch (d) {
-    case NotesDistribution:
-      return b.noteMin;
-    case VelocityDistribution:
-      return b.velocityMin;
-    case VoicesDistribution:
-      return b.voicesMin;
-    case DensityDistribution:
-      return b.densityMin;
-    default:
-      return b.lengthMin;
-  }
+namespace {
+
+// Where each Distribution of the live record keeps its bounds, its weights and its sum.
+struct DistributionPlace {
+  SharedWord<int16_t> Bank::*min;
+  SharedWord<int16_t> Bank::*max;
+  std::span<const Weight> (*weights)(const Bank&);
+  SharedWord<int16_t>* sum;
+};
+
+const DistributionPlace& placeOf(Distribution d) {
+  static const DistributionPlace places[DistributionCount] = {
+      {&Bank::noteMin, &Bank::noteMax, [](const Bank& b) -> std::span<const Weight> { return b.noteWeights; },
+       &NoteSum},
+      {&Bank::velocityMin, &Bank::velocityMax,
+       [](const Bank& b) -> std::span<const Weight> { return b.velocityWeights; }, &VelocitySum},
+      {&Bank::voicesMin, &Bank::voicesMax, [](const Bank& b) -> std::span<const Weight> { return b.voiceWeights; },
+       &VoicesSum},
+      {&Bank::densityMin, &Bank::densityMax,
+       [](const Bank& b) -> std::span<const Weight> { return b.densityWeights; }, &DensitySum},
+      {&Bank::lengthMin, &Bank::lengthMax, [](const Bank& b) -> std::span<const Weight> { return b.lengthWeights; },
+       &LengthSum},
+  };
+  // A number that names no Distribution stands for the last one, Length.
+  return places[d >= 0 && d < DistributionCount ? d : LengthDistribution];
 }
 
-SharedWord<int16_t>& UpperBound(Distribution d) {
-  Bank& b = LiveBank;
-  switch (d) {
-    case NotesDistribution:
-      return b.noteMax;
-    case VelocityDistribution:
-      return b.velocityMax;
-    case VoicesDistribution:
-      return b.voicesMax;
-    case DensityDistribution:
-      return b.densityMax;
-    default:
-      return b.lengthMax;
-  }
-}
+}  // namespace
+
+SharedWord<int16_t>& LowerBound(Distribution d) { return LiveBank.*placeOf(d).min; }
+
+SharedWord<int16_t>& UpperBound(Distribution d) { return LiveBank.*placeOf(d).max; }
 
 void SumDistribution(Distribution d) {
-  Bank& b = LiveBank;
-  switch (d) {
-    case NotesDistribution:
-      SumWeights(b.noteMin, b.noteMax, b.noteWeights, NoteSum);
-      break;
-    case VelocityDistribution:
-      SumWeights(b.velocityMin, b.velocityMax, b.velocityWeights, VelocitySum);
-      break;
-    case VoicesDistribution:
-      SumWeights(b.voicesMin, b.voicesMax, b.voiceWeights, VoicesSum);
-      break;
-    case DensityDistribution:
-      SumWeights(b.densityMin, b.densityMax, b.densityWeights, DensitySum);
-      break;
-    default:
-      SumWeights(b.lengthMin, b.lengthMax, b.lengthWeights, LengthSum);
-      break;
-  }
+  const DistributionPlace& place = placeOf(d);
+  SumWeights(LiveBank.*place.min, LiveBank.*place.max, place.weights(LiveBank), *place.sum);
 }

@@ -68,7 +68,7 @@ std::string parsedTimeText(const std::string& text) {
   unsigned measure = 0, beat = 0, tick = 0;
   std::sscanf(text.c_str(), "%u:%u:%u", &measure, &beat, &tick);
   char shown[40];
-// GCC finds the format's 0 flag redundant beside its precision; the format stays as the system has it.
+// GCC finds the format's 0 flag redundant beside its precision; the format is kept, it makes the fields' text.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat"
   std::snprintf(shown, sizeof shown, "%0.5u:%0.2u:%0.3u", std::max(measure, 1u), std::max(beat, 1u), tick);

@@ -54,7 +54,7 @@ bool ApplyResolutionDialog(const std::string& text, bool edited);
 // The command's work after OK, with the resolution from before the dialog and
 // the clock's present one: TicksPerBar, and every event time of every active
 // track, the tempo track too, scaled by new / old in 32-bit arithmetic
-// (overflow wraps, as designed); the Events list is repainted if open.
+// (an overflow wraps); the Events list is repainted if open.
 void RescaleSongTimes(uint32_t oldResolution, uint32_t newResolution);
 
 // ---- Meter, dialog 115 (fields filled from NumeratorText and DenominatorText) ----

@@ -10,7 +10,8 @@
 // capture is a second writer from the timer thread, and MidiIn on the UI
 // thread reads it (readIndex). The count-in's end on the timer thread empties
 // it by setting both indices to 0. A slot is one atomic word, so two writers
-// meeting on one slot lose an event, as the design accepts, but never tear it.
+// meeting on one slot lose an event (two rare writers make that loss
+// acceptable) but never tear it.
 // Everything else of the handle belongs to the UI thread.
 
 #include <atomic>

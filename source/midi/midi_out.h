@@ -93,8 +93,8 @@ struct MidiOutHandle {
   std::atomic<SysexNode*> sysexList{nullptr};              // the node being filled
   std::array<std::atomic<uint32_t>, 128> soundingNotes{};  // by key: bit c while it sounds on channel c
   std::unique_ptr<uint8_t[]> trackOfSlot;                  // by ring slot: the song track of the event
-  // Beside the design's fields: the first node of the chain, and the buffers
-  // that the driver holds until it reports them done. UI thread only.
+  // The first node of the chain, and the buffers that the driver holds until
+  // it reports them done. UI thread only.
   SysexNode* sysexHead = nullptr;
   SysexNode* sentList = nullptr;
 };

@@ -87,8 +87,8 @@ struct SyncClock {
   SharedWord<uint32_t> countInBars;
   SharedWord<uint32_t> startPosition;
   SharedWord<uint32_t> followEnabled;
-  // Beside the design's fields: set while the UI thread keeps every pass out
-  // (HoldClockPasses), honoured by the timer and by the input's entries alike.
+  // Set while the UI thread keeps every pass out (HoldClockPasses), honoured
+  // by the timer and by the input's entries alike.
   std::atomic<uint32_t> held{0};
 };
 

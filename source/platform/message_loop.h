@@ -17,7 +17,7 @@
 
 namespace platform {
 
-// A receiver of notifications: what the design calls a window.
+// A receiver of notifications: a window, a control, or the hidden window of a port.
 class MessageTarget {
  public:
   virtual intptr_t handleMessage(uint32_t msg, uintptr_t param1, uintptr_t param2) = 0;

@@ -2,7 +2,7 @@
 // A word that two threads share: a std::atomic of the field's own width, read
 // and written with relaxed order, that otherwise reads like a plain field.
 //
-// Each such word has one writer by design; compound assignments are therefore
+// Each such word has one writing thread; compound assignments are therefore
 // a load and a store, not an atomic read-modify-write. Where an index
 // publishes data (ring indices), use std::atomic with release/acquire instead.
 

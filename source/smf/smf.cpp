@@ -181,7 +181,7 @@ bool readEvent(SmfFile& smf, uint32_t trackNumber, SmfTrackState& track, ReadSta
       track.status = 0xF0;
       event.status = 0xF0;
       event.value1 = 0xF7;
-      track.sysexLeft -= 1;  // wraps at 0: what follows reads as sysex, as designed
+      track.sysexLeft -= 1;  // wraps at 0, so that what follows reads as sysex: files read so stay so
       return true;
     }
     if (b < 0x80 || track.sysexLeft != 0) {

