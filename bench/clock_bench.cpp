@@ -21,7 +21,6 @@ void BM_Pass_Dispatching512DueEvents(benchmark::State& state) {
   platform::ManualLoop loop;
   platform::VirtualTimers timers;
   LoopbackDevices devices(1, 0);
-  devices.setRecording(false);
   const platform::InstalledSeams seams({.loop = &loop, .timers = &timers, .devices = &devices});
   Sink window;
   SyncClock* clock = nullptr;

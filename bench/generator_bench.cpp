@@ -26,7 +26,6 @@ void worstPass(benchmark::State& state) {
   platform::ManualLoop loop;
   platform::VirtualTimers timers;
   LoopbackDevices devices(1, 0);
-  devices.setRecording(false);
   const platform::InstalledSeams seams({.loop = &loop, .timers = &timers, .devices = &devices});
   LiveBank = Bank{};
   SetBankDefaults();

@@ -35,7 +35,6 @@ class Sink final : public platform::MessageTarget {
 class Stage {
  public:
   Stage() {
-    devices.setRecording(false);
     OpenSync(&TheClock, &window, SYNC_INTERNAL, 10);
     OpenMidiOut(&TheMidiOut, &window, 0, TheClock, MIDI_OPEN_WORD);
     ResetSong();

@@ -269,7 +269,6 @@ TEST(JackDevice, NotesAndMidiClockPlayedIntoTheVirtualInputAreRecordedAtTheirTic
   VirtualTimers timers;
   ThreadedLoop loop;
   LoopbackDevices silent(1, 0);
-  silent.setRecording(false);
   VirtualInputDevices jackInput({RtMidi::UNIX_JACK}, "Velmora");
   DeviceList devices;
   devices.add(&silent);

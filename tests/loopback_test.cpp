@@ -62,6 +62,7 @@ struct Buffer {
 class LoopbackTest : public ::testing::Test {
  protected:
   void SetUp() override {
+    devices.setRecording(true);
     installTimers(&timers);
     installMidiDevices(&devices);
   }
@@ -348,11 +349,19 @@ TEST_F(LoopbackTest, ShortMessagesFromTwoThreadsAllArrive) {
   EXPECT_EQ(devices.sent().size(), 2000u);
 }
 
-TEST_F(LoopbackTest, RecordingCanBeTurnedOff) {
+TEST_F(LoopbackTest, RecordingIsOffUntilATestTurnsItOnAndCanBeTurnedOffAgain) {
+  LoopbackDevices fresh;
+  std::unique_ptr<platform::MidiOutPort> port;
+  ASSERT_EQ(fresh.outOpen(0, nullptr, 0, port), 0u);
+  port->shortMsg(0x403C90);
+  EXPECT_TRUE(fresh.sent().empty()) << "off by default: sending logs nothing";
   openBoth();
   devices.setRecording(false);
   midiOutShortMsg(out, 0x403C90);
   EXPECT_TRUE(devices.sent().empty());
+  devices.setRecording(true);
+  midiOutShortMsg(out, 0x403C90);
+  EXPECT_EQ(devices.sent().size(), 1u);
 }
 
 }  // namespace

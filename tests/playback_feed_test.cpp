@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+#include <vector>
+
 #include "midi/live_devices.h"
+#include "platform/installed_seams.h"
 #include "midi/transport_words.h"
 #include "song/note_linking.h"
 #include "song/song_store.h"
@@ -194,6 +199,72 @@ TEST_F(FeedTest, ANoteWithoutItsPartnerPassesUnchanged) {
   MidiEvent off = event(0, 0x80, 60, 0);
   ShapeEvent(clock, out, &off);
   EXPECT_EQ(off.value1, 60);
+}
+
+// The Tracks manager writes a track's settings while the song plays and the
+// clock's pass reads them on the timer's thread: ThreadSanitizer watches this.
+TEST(FeedRealTimer, SettingsWrittenWhileThePassReadsThemTakeEffectAtALaterNote) {
+  platform::ThreadTimers timers;
+  platform::ThreadedLoop loop;
+  LoopbackDevices devices;
+  devices.setRecording(true);
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
+  ClearSongTracks();
+  Recording = 0;
+  TicksPerBar = 480;
+  ClockHooks = {};
+  InstallFeedHooks();
+  std::vector<MidiEvent> notes;  // a note of key 60 every 8 ticks, in delta time
+  for (uint32_t i = 0; i < 2000; ++i) {
+    notes.push_back(MidiEvent{i == 0 ? 0u : 4u, 0x90, 60, 100, 0, nullptr, 0, 0, 0, 0});
+    notes.push_back(MidiEvent{4, 0x90, 60, 0, 0, nullptr, 0, 0, 0, 0});
+  }
+  InstallTrack(0, static_cast<uint32_t>(notes.size()), notes.data());
+  RecordingWindow window;
+  ASSERT_EQ(OpenSync(&TheClock, &window, SYNC_INTERNAL, 2), 0u);
+  SetResolution(TheClock, 960);
+  SetTempo(TheClock, 500000);  // about 4 ticks a pass: a note every 4 ms
+  ASSERT_EQ(OpenMidiOut(&TheMidiOut, &window, 0, TheClock, MIDI_OPEN_WORD), 0u);
+  SeekFeed(0);
+  SendEvent(TheMidiOut);
+  StartSync(TheClock);
+
+  TrackRecord& t = Tracks[0];
+  for (int i = 0; i < 200; ++i) {
+    t.keyOffset = static_cast<int8_t>(i % 24 - 12);
+    t.velocityOffset = static_cast<int8_t>(i % 10);
+    t.channel = static_cast<uint8_t>(i % 2 == 0 ? 255 : i % 16);
+    t.playOff = static_cast<uint8_t>(i % 7 == 0);
+    t.pan = static_cast<uint8_t>(i % 128);
+    t.volume = static_cast<uint8_t>(i % 128);
+    t.patch = static_cast<uint8_t>(i % 128);
+    std::this_thread::sleep_for(std::chrono::microseconds(500));
+  }
+  t.keyOffset = 12;
+  t.velocityOffset = 0;
+  t.channel = 3;
+  t.playOff = 0;
+  const auto noteOns = [&] {
+    std::vector<uint32_t> words;
+    for (const auto& sent : devices.sent()) {
+      if ((sent.word & 0xF0) == 0x90 && (sent.word >> 16 & 0x7F) != 0) words.push_back(sent.word);
+    }
+    return words;
+  };
+  const std::size_t before = noteOns().size();
+  for (int waited = 0; waited < 2000 && noteOns().size() < before + 10; ++waited) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  StopSync(TheClock);
+  CloseMidiOut(&TheMidiOut);
+  CloseSync(&TheClock);
+  loop.stop();
+  ClockHooks = {};
+  ClearSongTracks();
+
+  const std::vector<uint32_t> words = noteOns();
+  ASSERT_GE(words.size(), before + 10) << "the song went on playing";
+  EXPECT_EQ(words.back(), 0x644893u) << "channel 4, key 60 + 12, velocity 100: the settings last written";
 }
 
 }  // namespace

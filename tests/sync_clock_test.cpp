@@ -664,6 +664,7 @@ TEST_F(SyncClockTest, AClosedOutputIsNeverTouchedByAPassAgain) {
   openClockAndOutput();
   MidiOutHandle* second = nullptr;
   LoopbackDevices two(2, 0);
+  two.setRecording(true);
   installMidiDevices(&two);
   CloseMidiOut(&out);
   ASSERT_EQ(OpenMidiOut(&out, &window, 0, clock, MIDI_OPEN_WORD), 0u);
@@ -697,6 +698,7 @@ TEST(SyncClockRealTimer, TheRealTimerDrivesThePassesOnItsOwnThread) {
   ThreadTimers timers;
   ThreadedLoop loop;
   LoopbackDevices devices;
+  devices.setRecording(true);
   const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
   RecordingWindow window;
   SyncClock* clock = nullptr;

@@ -6,7 +6,10 @@
 //
 // Threads: the pass runs on the timer's thread (syncTimer) and, in the MIDI
 // and SMPTE modes, on the input driver's thread (the entries below). The UI
-// thread opens, closes, starts, stops and positions the clock. SYNC_IN_TICK is
+// thread opens, closes, starts and positions the clock. StopSync comes from
+// the UI thread, or from a pass that stops its own clock: the generator's
+// drain does, once it has ended the last note with the transport stopped;
+// StopSync then waits only for the other passes. SYNC_IN_TICK is
 // the only guard between passes, and only syncTimer honours it. Nothing in a
 // pass allocates or takes a lock of ours.
 

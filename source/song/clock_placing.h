@@ -1,6 +1,11 @@
 #pragma once
 // Placing the clock and the metronome at a song position, as Play, Record,
 // the generator button and End do before the clock starts.
+//
+// Threads: the UI thread, with the clock stopped, except where a function
+// says otherwise: ClockNow reads the clock from any thread, PostSyncTick
+// posts from any thread, and StopClockAtNow also runs in the clock's pass,
+// when the generator's drain stops the clock it started.
 
 #include <cstdint>
 

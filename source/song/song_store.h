@@ -2,9 +2,11 @@
 // The song: 256 song tracks and the tempo track, each an array of events
 // sorted by time with the settings that shape it at output.
 //
-// Threads: the UI thread changes tracks only while the transport is stopped;
-// the clock's pass reads settings while it plays, and a change of a setting
-// takes effect at the next event.
+// Threads: the UI thread changes tracks only while the transport is stopped,
+// except the settings that shape each event at output (key and velocity
+// offset, channel, play off, pan, patch, volume): the Tracks manager may
+// change those while the song plays, and the clock's pass reads them. They
+// are shared words, and a change takes effect at the next event.
 
 #include <array>
 #include <cstdint>
@@ -24,13 +26,13 @@ struct TrackRecord {
   uint32_t count = 0;      // events in the array
   uint32_t remaining = 0;  // events left from cursor
   MidiEvent* events = nullptr;
-  int8_t keyOffset = 0;       // semitones added to each note at output
-  int8_t velocityOffset = 0;  // added to each note-on's velocity at output
-  uint8_t channel = 255;      // 0..15 forces the channel; 255: the events keep their own
-  uint8_t playOff = 0;        // 1: note-ons go out with velocity 0
-  uint8_t pan = 255;          // controller 10; 255: none
-  uint8_t patch = 255;        // program; 255: none
-  uint8_t volume = 255;       // controller 7; 255: none
+  SharedWord<int8_t> keyOffset = 0;       // semitones added to each note at output
+  SharedWord<int8_t> velocityOffset = 0;  // added to each note-on's velocity at output
+  SharedWord<uint8_t> channel = 255;      // 0..15 forces the channel; 255: the events keep their own
+  SharedWord<uint8_t> playOff = 0;        // 1: note-ons go out with velocity 0
+  SharedWord<uint8_t> pan = 255;          // controller 10; 255: none
+  SharedWord<uint8_t> patch = 255;        // program; 255: none
+  SharedWord<uint8_t> volume = 255;       // controller 7; 255: none
   uint32_t timeOffset = 0;    // ticks added to every event time at output
   uint16_t repeats = 0;       // extra passes through the track
   uint16_t repeatsDone = 0;   // passes the feed has made

@@ -39,10 +39,12 @@ void SeekFeed(uint32_t position) {
     const uint32_t number = ActiveTracks[i];
     TrackRecord& t = Tracks[number];
     if (t.events == nullptr || t.count == 0) continue;
-    const uint8_t channel = t.channel != 255 ? t.channel : t.events[0].status & 0x0F;
-    if (t.pan != 255) MidiOutNow(TheMidiOut, static_cast<uint8_t>(0xB0 | channel), 10, t.pan);
-    if (t.volume != 255) MidiOutNow(TheMidiOut, static_cast<uint8_t>(0xB0 | channel), 7, t.volume);
-    if (t.patch != 255) MidiOutNow(TheMidiOut, static_cast<uint8_t>(0xC0 | channel), t.patch, 0);
+    const uint8_t forced = t.channel;
+    const uint8_t channel = forced != 255 ? forced : t.events[0].status & 0x0F;
+    const uint8_t pan = t.pan, volume = t.volume, patch = t.patch;
+    if (pan != 255) MidiOutNow(TheMidiOut, static_cast<uint8_t>(0xB0 | channel), 10, pan);
+    if (volume != 255) MidiOutNow(TheMidiOut, static_cast<uint8_t>(0xB0 | channel), 7, volume);
+    if (patch != 255) MidiOutNow(TheMidiOut, static_cast<uint8_t>(0xC0 | channel), patch, 0);
     if (number == RecordTrack && Recording == 1) continue;
     t.remaining = t.count;
     t.cursor = 0;
@@ -128,6 +130,8 @@ void SendEvent(MidiOutHandle* out) {
 void ShapeEvent(SyncClock* clock, MidiOutHandle* out, MidiEvent* e) {
   if (out == nullptr || e == nullptr) return;
   const TrackRecord& t = Tracks[out->trackOfSlot[out->readIndex.load()]];
+  // The Tracks manager may change the channel meanwhile: one reading decides.
+  const uint8_t channel = t.channel;
   const uint8_t kind = e->status & 0xF0;
   const bool noteOn = kind == 0x90 && e->value2 != 0;
   const bool noteOff = kind == 0x80 || (kind == 0x90 && e->value2 == 0);
@@ -135,9 +139,9 @@ void ShapeEvent(SyncClock* clock, MidiOutHandle* out, MidiEvent* e) {
     // A note without its partner (a damaged track) passes unchanged.
     if (e->link == nullptr || e->link->link == nullptr) return;
     MidiEvent& stored = *e->link->link;
-    if (t.channel != 255) {
-      stored.playedChannel = t.channel;
-      e->status = static_cast<uint8_t>(0x90 | t.channel);
+    if (channel != 255) {
+      stored.playedChannel = channel;
+      e->status = static_cast<uint8_t>(0x90 | channel);
     } else {
       stored.playedChannel = e->status & 0x0F;
     }
@@ -154,8 +158,8 @@ void ShapeEvent(SyncClock* clock, MidiOutHandle* out, MidiEvent* e) {
     // A note ends on the channel and key on which it began.
     e->status = static_cast<uint8_t>(kind | (e->link->playedChannel & 0x0F));
     e->value1 = e->link->playedKey;
-  } else if (e->status >= 0x80 && e->status < 0xF0 && t.channel != 255) {
-    e->status = static_cast<uint8_t>(kind | t.channel);
+  } else if (e->status >= 0x80 && e->status < 0xF0 && channel != 255) {
+    e->status = static_cast<uint8_t>(kind | channel);
   }
 }
 

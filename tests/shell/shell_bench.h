@@ -24,6 +24,7 @@ class ShellBench : public ::testing::Test {
   // outputs and inputs: how many loopback devices the machine has.
   void install(uint32_t outputs = 1, uint32_t inputs = 1) {
     devices = std::make_unique<LoopbackDevices>(outputs, inputs);
+    devices->setRecording(true);
     seams.emplace(platform::Seams{
         .loop = &loop, .timers = &timers, .devices = devices.get(), .settings = &settings, .prompts = &prompts});
   }

@@ -27,6 +27,7 @@
 class GeneratorBench : public ::testing::Test {
  protected:
   void SetUp() override {
+    devices.setRecording(true);
     seams.emplace(platform::Seams{.loop = &loop, .timers = &timers, .devices = &devices, .prompts = &prompts});
     ClearViewRegistry();
     ClockHooks = {};

@@ -30,6 +30,7 @@
 // Loopback devices, with some that answer an open as a device in use would.
 class RefusingDevices final : public platform::MidiDevices {
  public:
+  RefusingDevices() { loopback.setRecording(true); }
   uint32_t outCount() override { return loopback.outCount(); }
   uint32_t outName(uint32_t id, std::string& name) override { return loopback.outName(id, name); }
   uint32_t outOpen(uint32_t id, platform::MidiOutCallbackFn callback, uintptr_t instance,

@@ -41,6 +41,7 @@ class RecordingWindow final : public platform::MessageTarget {
 class MidiBench : public ::testing::Test {
  protected:
   void SetUp() override {
+    devices.setRecording(true);
     seams.emplace(platform::Seams{.loop = &loop, .timers = &timers, .devices = &devices});
     ClockHooks = {};
     Generating = 0;

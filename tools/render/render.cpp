@@ -425,7 +425,6 @@ bool Render(const RenderOptions& options, std::string& error) {
   std::unique_ptr<StandardDevices> standard;
   std::unique_ptr<SynthDevices> synth;
   LoopbackDevices silent(1, 0);
-  silent.setRecording(false);
   LoopbackDevices quiet(0, 1);
   DeviceList virtualDevices;
   MidiDevices* inner = &virtualDevices;

@@ -69,7 +69,6 @@ constexpr std::array<RtMidi::Api, 4> SystemApis = {RtMidi::LINUX_ALSA, RtMidi::U
 
 StandardDevices::StandardDevices(std::string soundFont)
     : synth(std::move(soundFont)), virtualInput({SystemApis.begin(), SystemApis.end()}, "Velmora") {
-  loopback.setRecording(false);
   list.add(&synth);
   list.add(&loopback);
   list.add(&virtualInput);

@@ -1,6 +1,10 @@
 #pragma once
 // One device list over several backends: device numbers run over the
 // backends in the order they were added, outputs and inputs alike.
+//
+// Threads: backends are added before the list is installed, and the list
+// never changes after; counting, naming and opening run on the UI thread.
+// The ports it opens are the backends' own, with their own thread rules.
 
 #include <memory>
 #include <vector>

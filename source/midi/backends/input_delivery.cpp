@@ -101,20 +101,27 @@ void InputDelivery::returnBuffers(bool all) {
       buffers_.pop_front();
       if (!all) break;
     }
+    notePartialSysex();
   }
   for (MidiHeader* header : returned) returnBuffer(header, MIM_LONGDATA);
 }
 
 void InputDelivery::cutSysexShort(uint32_t word) {
   if ((word & 0xFF) >= 0xF8) return;  // real-time messages may come inside sysex
+  if (!partialSysex_.load(std::memory_order_acquire)) return;  // the common case: no lock
   MidiHeader* cut = nullptr;
   {
     std::lock_guard lock(bufferMutex_);
     if (buffers_.empty() || buffers_.front()->dwBytesRecorded == 0) return;
     cut = buffers_.front();
     buffers_.pop_front();
+    notePartialSysex();
   }
   returnBuffer(cut, MIM_LONGERROR);
+}
+
+void InputDelivery::notePartialSysex() {
+  partialSysex_.store(!buffers_.empty() && buffers_.front()->dwBytesRecorded > 0, std::memory_order_release);
 }
 
 bool InputDelivery::deliverShort(uint32_t word) {
@@ -147,6 +154,7 @@ bool InputDelivery::deliverSysex(std::span<const uint8_t> bytes) {
         }
       }
     }
+    notePartialSysex();
     lock.unlock();
     flush();
   });

@@ -5,7 +5,9 @@
 //
 // Threads: deliveries may come from any thread; start, stop, reset, close and
 // addBuffer from the UI thread. Once stop, reset or close returns, no callback
-// of this input runs any more. A delivery to an input that its own thread is
+// of this input runs any more. A short message takes no lock and allocates
+// nothing; only when it cuts a partly filled sysex buffer short does it take
+// the buffer queue's lock, which sysex delivery and the UI thread share. A delivery to an input that its own thread is
 // already delivering to (an echo of a thru coming straight back) is dropped,
 // so no chain of devices can recurse.
 
@@ -49,6 +51,8 @@ class InputDelivery {
   void returnBuffer(platform::MidiHeader* header, uint32_t message);
   void returnBuffers(bool all);
   void cutSysexShort(uint32_t word);
+  // Whether the first queued buffer holds part of a sysex message; called with the lock held.
+  void notePartialSysex();
 
   std::atomic<bool> started_{false};
   std::atomic<int> inFlight_{0};
@@ -58,4 +62,5 @@ class InputDelivery {
   platform::MidiInPort* port_ = nullptr;
   mutable std::mutex bufferMutex_;
   std::deque<platform::MidiHeader*> buffers_;  // the first one is filling
+  std::atomic<bool> partialSysex_{false};      // buffers_.front() holds part of a message
 };

@@ -1,14 +1,16 @@
 #pragma once
 // The loopback devices: a cable from each loopback output to the input of the
 // same number. What an output is sent arrives at its input, and a test can
-// inject input of its own. Outputs record what they are sent and when, and can
-// be told to answer not-ready a number of times.
+// inject input of its own. Outputs can record what they are sent and when (a
+// test turns that on), and can be told to answer not-ready a number of times.
 //
 // Threads: any thread may send; the input's callback runs on the sending (or
 // injecting) thread, as a driver callback would. A message sent while its
 // thread is delivering one is not delivered, so a thru that echoes into the
 // loopback output can never flood or recurse. After stop, reset or close of an
-// input returns, no callback of it runs any more.
+// input returns, no callback of it runs any more. Sending takes no lock and
+// allocates nothing, unless recording is on: then each message is logged
+// under a lock, which only tests ask for.
 
 #include <atomic>
 #include <cstdint>
@@ -43,7 +45,7 @@ class LoopbackDevices final : public platform::MidiDevices {
   uint32_t inOpen(uint32_t id, platform::MidiInCallbackFn callback, uintptr_t instance,
                   std::unique_ptr<platform::MidiInPort>& port) override;
 
-  // Recording is on from the start; a device list for real use turns it off.
+  // Recording is off until a test turns it on.
   void setRecording(bool on);
   std::vector<Sent> sent(uint32_t output = 0) const;
   void clearSent(uint32_t output = 0);
@@ -70,5 +72,5 @@ class LoopbackDevices final : public platform::MidiDevices {
  private:
   std::vector<std::unique_ptr<Output>> outputs_;
   std::vector<std::unique_ptr<Input>> inputs_;
-  std::atomic<bool> recording_{true};
+  std::atomic<bool> recording_{false};
 };

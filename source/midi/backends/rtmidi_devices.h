@@ -7,6 +7,11 @@
 // other programs come and go.
 //
 // RtMidi's exceptions and error reports end here, turned into result codes.
+//
+// Threads: listing, opening and closing ports run on the UI thread. An output
+// port sends from whichever thread the output toolkit sends on: the UI thread
+// or the clock's pass. An input port's messages come on RtMidi's own thread
+// and go on through InputDelivery, whose rules hold.
 
 #include <RtMidi.h>
 #include <memory>
