@@ -7,8 +7,9 @@
 // Threads: the pass runs on the timer's thread (syncTimer) and, in the MIDI
 // and SMPTE modes, on the input driver's thread (the entries below). The UI
 // thread opens, closes, starts, stops and positions the clock. SYNC_IN_TICK is
-// the only guard between passes, and only syncTimer honours it. Nothing in a
-// pass allocates or takes a lock of ours.
+// the only guard between passes, and only syncTimer honours it; the hold
+// (HoldClockPasses) keeps out the passes of every entry. Nothing in a pass
+// allocates or takes a lock of ours.
 
 #include <array>
 #include <atomic>
@@ -141,9 +142,11 @@ class ClockPassGuard {
   ClockPassGuard& operator=(const ClockPassGuard&) = delete;
 };
 
-// Keeps the passes out while a whole set-up is replaced: sets SYNC_IN_TICK,
-// which the timer's passes honour, and the hold, which the input's MIDI clock
-// and quarter-frame entries honour too; then waits for a pass under way. UI thread.
+// Keeps the passes out while a whole set-up is replaced: sets SYNC_IN_TICK and
+// the hold, which the timer's passes and the input's MIDI clock and
+// quarter-frame entries all honour; then waits for a pass under way. Such a
+// pass clears SYNC_IN_TICK as it ends, so the hold is what keeps the timer's
+// later passes out until the release. UI thread.
 void HoldClockPasses(SyncClock* clock);
 void ReleaseClockPasses(SyncClock* clock);
 
