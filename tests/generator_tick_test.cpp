@@ -91,6 +91,47 @@ TEST_F(GeneratorTest, AFailedVoicesDrawStillAdvancesTheChordTimeAndTheSlot) {
   EXPECT_EQ(NextChordTick.load(), 180u);
 }
 
+TEST_F(GeneratorTest, AFailedDensityDrawPutsTheNextChord10TicksLater) {
+  fixed();
+  for (auto& w : LiveBank.densityWeights) w = 0;
+  SumDistribution(DensityDistribution);
+  ASSERT_EQ(TimeBase.load(), 120u);
+  GeneratorToggle();
+  passes(1);  // the first chord, at tick 1
+  EXPECT_EQ(NextChordTick.load(), 10u);
+  passes(9);  // tick 10: the second
+  EXPECT_EQ(NextChordTick.load(), 20u);
+  passes(10);
+  EXPECT_EQ(NextChordTick.load(), 30u);
+  EXPECT_EQ(WriteSlot.load(), 3u) << "chords at ticks 1, 10 and 20";
+}
+
+TEST_F(GeneratorTest, AFailedLengthDrawWithOverlapOnGivesADurationOf42949671) {
+  fixed();
+  only(DensityDistribution, 60);
+  for (auto& w : LiveBank.lengthWeights) w = 0;
+  SumDistribution(LengthDistribution);
+  Overlap = 1;
+  GeneratorToggle();
+  passes(1);
+  EXPECT_EQ(ChordDuration.load(), 42949671u) << "a length of -1 times the time base of 120, over 100";
+  EXPECT_EQ(SoundingRing[0].offTime.load(), 1u + 42949671u);
+}
+
+TEST_F(GeneratorTest, AFailedNoteDrawSendsKey255AtVelocity0) {
+  fixed();
+  only(VelocityDistribution, 100);
+  for (auto& w : LiveBank.noteWeights) w = 0;
+  SumDistribution(NotesDistribution);
+  GeneratorToggle();
+  passes(1);
+  std::vector<uint32_t> noteMessages;
+  for (const auto& n : sent()) {
+    if ((n.word & 0xF0) == 0x90) noteMessages.push_back(n.word);
+  }
+  EXPECT_EQ(noteMessages, std::vector<uint32_t>{0x00FF90u}) << "note-on, channel 1, key 255, velocity 0";
+}
+
 TEST_F(GeneratorTest, OneChannelStillConsumesARandomNumberPerChord) {
   fixed();
   only(NotesDistribution, 60);
