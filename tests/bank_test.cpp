@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "generator/setup_files.h"
 #include "random/trandom.h"
 
 namespace {
@@ -252,15 +253,41 @@ TEST(BankDefaults, SetBankDefaultsLeavesTheCurvesAndTheTailAlone) {
   EXPECT_EQ(LiveBank.functions[0], nullptr);
 }
 
+// Each weight table has one entry for every value of its Distribution, from 0
+// to the top: the defaults fill every entry and a sum over bounds past the
+// table stops at its end, and the top value is drawn from the last entry. A
+// bank file holds the tables, the ten curves of 128 points and the ten arrays.
 TEST(BankDefaults, TheTablesHaveTheirSizes) {
-  EXPECT_EQ(LiveBank.noteWeights.size(), 128u);
-  EXPECT_EQ(LiveBank.velocityWeights.size(), 128u);
-  EXPECT_EQ(LiveBank.lengthWeights.size(), 101u);
-  EXPECT_EQ(LiveBank.densityWeights.size(), 121u);
-  EXPECT_EQ(LiveBank.voiceWeights.size(), 33u);
-  EXPECT_EQ(LiveBank.boardCurves.size(), 10u);
-  EXPECT_EQ(LiveBank.boardCurves[0].size(), 128u);
-  EXPECT_EQ(LiveBank.functions.size(), 10u);
+  SetBankDefaults();
+  const auto everyEntry = [](std::span<const Weight> weights) {
+    SharedWord<int16_t> sum = 0;
+    SumWeights(0, INT16_MAX, weights, sum);
+    return int{sum.load()};
+  };
+  const auto drawsFromTheLast = [](std::span<Weight> weights, int top) {
+    for (Weight& w : weights) w = 0;
+    weights[static_cast<std::size_t>(top)] = 1;
+    const int16_t drawn = DrawWeighted(weights, 1, 0);
+    SetBankDefaults();
+    return drawn == top;
+  };
+  const struct {
+    std::span<Weight> weights;
+    int top;
+  } tables[] = {{LiveBank.noteWeights, 127},
+                {LiveBank.velocityWeights, 127},
+                {LiveBank.lengthWeights, 100},
+                {LiveBank.densityWeights, 120},
+                {LiveBank.voiceWeights, 32}};
+  for (const auto& table : tables) {
+    EXPECT_EQ(everyEntry(table.weights), 64 * (table.top + 1)) << "values 0 to " << table.top;
+    EXPECT_TRUE(drawsFromTheLast(table.weights, table.top)) << table.top;
+  }
+  Bank bank{};
+  const std::size_t withoutArrays = BankFileBytes(bank).size();
+  EXPECT_EQ(withoutArrays, 8u + 12 + 2 * (128 + 128 + 101 + 121 + 33) + 2 * 10 + 4 + 2 * 10 * 128 + 28);
+  bank.functionLength = 3;
+  EXPECT_EQ(BankFileBytes(bank).size() - withoutArrays, 10u * 3) << "ten function arrays";
 }
 
 TEST(BankDefaults, SetUpGlobalsHaveTheirStartValues) {

@@ -115,6 +115,19 @@ TEST_F(FunctionsTest, GrowingFromLength0FillsWithZero) {
   }
 }
 
+TEST_F(FunctionsTest, Length0PointsTheTickBackAtTheLiveArrays) {
+  // The tick reads other arrays for a while, as it does those of a bank sent from the Banks window.
+  std::array<std::unique_ptr<int8_t[]>, FunctionCount> sent;
+  for (int f = 0; f < FunctionCount; ++f) {
+    sent[f] = std::make_unique<int8_t[]>(StartFunctionLength);
+    WorkingFunctions[f] = sent[f].get();
+  }
+  int8_t* live = FunctionArrays[0].get();
+  ASSERT_EQ(ResizeFunctions(nullptr, 0), 1);
+  EXPECT_EQ(FunctionArrays[0].get(), live) << "the live arrays stay as they are";
+  for (int f = 0; f < FunctionCount; ++f) EXPECT_EQ(WorkingFunctions[f].load(), FunctionArrays[f].get()) << f;
+}
+
 TEST_F(FunctionsTest, ALengthThatCannotBeHadShowsTheMessageAndKeepsTheOldArrays) {
   int8_t* before = FunctionArrays[0].get();
   EXPECT_EQ(ResizeFunctions(nullptr, MaxFunctionLength + 1), 0);

@@ -6,6 +6,7 @@
 
 #include "generator/boards.h"
 #include "midi/live_devices.h"
+#include "midi/midi_in.h"
 #include "midi/transport_words.h"
 #include "platform/view_registry.h"
 #include "random/trandom.h"
@@ -89,6 +90,47 @@ TEST_F(GeneratorTest, AFailedVoicesDrawStillAdvancesTheChordTimeAndTheSlot) {
   EXPECT_EQ(WriteSlot.load(), 3u);  // chords at ticks 1, 60, 120
   EXPECT_EQ(SoundingRing[0].voiceCount, -1);
   EXPECT_EQ(NextChordTick.load(), 180u);
+}
+
+TEST_F(GeneratorTest, AFailedDensityDrawPutsTheNextChord10TicksLater) {
+  fixed();
+  for (auto& w : LiveBank.densityWeights) w = 0;
+  SumDistribution(DensityDistribution);
+  ASSERT_EQ(TimeBase.load(), 120u);
+  GeneratorToggle();
+  passes(1);  // the first chord, at tick 1
+  EXPECT_EQ(NextChordTick.load(), 10u);
+  passes(9);  // tick 10: the second
+  EXPECT_EQ(NextChordTick.load(), 20u);
+  passes(10);
+  EXPECT_EQ(NextChordTick.load(), 30u);
+  EXPECT_EQ(WriteSlot.load(), 3u) << "chords at ticks 1, 10 and 20";
+}
+
+TEST_F(GeneratorTest, AFailedLengthDrawWithOverlapOnGivesADurationOf42949671) {
+  fixed();
+  only(DensityDistribution, 60);
+  for (auto& w : LiveBank.lengthWeights) w = 0;
+  SumDistribution(LengthDistribution);
+  Overlap = 1;
+  GeneratorToggle();
+  passes(1);
+  EXPECT_EQ(ChordDuration.load(), 42949671u) << "a length of -1 times the time base of 120, over 100";
+  EXPECT_EQ(SoundingRing[0].offTime.load(), 1u + 42949671u);
+}
+
+TEST_F(GeneratorTest, AFailedNoteDrawSendsKey255AtVelocity0) {
+  fixed();
+  only(VelocityDistribution, 100);
+  for (auto& w : LiveBank.noteWeights) w = 0;
+  SumDistribution(NotesDistribution);
+  GeneratorToggle();
+  passes(1);
+  std::vector<uint32_t> noteMessages;
+  for (const auto& n : sent()) {
+    if ((n.word & 0xF0) == 0x90) noteMessages.push_back(n.word);
+  }
+  EXPECT_EQ(noteMessages, std::vector<uint32_t>{0x00FF90u}) << "note-on, channel 1, key 255, velocity 0";
 }
 
 TEST_F(GeneratorTest, OneChannelStillConsumesARandomNumberPerChord) {
@@ -298,6 +340,64 @@ TEST_F(GeneratorTest, ThePitchBoardPlaysTheSelectedCurveAsTheWheelsHighByte) {
     }
   }
   EXPECT_TRUE(wheel);
+}
+
+// Every board on, each curve flat at its own value: board b stands at 10 + b.
+void everyBoardOn() {
+  for (int b = 0; b < BoardCount; ++b) {
+    for (auto& point : LiveBank.boardCurves[b]) point = static_cast<int16_t>(10 + b);
+  }
+  LiveBank.boardFlags = 1u | 0x3E0u;  // pitch board 1 and boards 6 to 10
+  SelectedPitchBoard = 0;
+}
+
+// What the boards send on channel 1 with everyBoardOn, in order: the pitch
+// bend (the curve as its high byte), controllers 1, 2, 7 and 10 (modulation
+// wheel, breath, volume, pan), and the channel pressure.
+const std::vector<uint32_t> EveryBoardsMessage = {
+    0xE0u | 10u << 16,           0xB0u | 1u << 8 | 15u << 16,  0xB0u | 2u << 8 | 16u << 16,
+    0xB0u | 7u << 8 | 17u << 16, 0xB0u | 10u << 8 | 18u << 16, 0xD0u | 19u << 8};
+
+TEST_F(GeneratorTest, BoardsSendPitchBendThenControllers1_2_7_10ThenChannelPressure) {
+  fixed();
+  everyBoardOn();
+  GeneratorToggle();
+  passes(1);
+  std::vector<uint32_t> boards;
+  for (const auto& n : sent()) {
+    if ((n.word & 0xE0) != 0x80) boards.push_back(n.word);  // all but the notes
+  }
+  EXPECT_EQ(boards, EveryBoardsMessage);
+}
+
+TEST_F(GeneratorTest, OnlyThePassesLastBoardMessageGoesIntoTheTake) {
+  struct Input final : platform::MessageTarget {
+    int data = 0;
+    intptr_t handleMessage(uint32_t msg, uintptr_t, uintptr_t) override {
+      if (msg == platform::MIM_DATA) ++data;
+      return 0;
+    }
+  } inputWindow;
+  MidiInHandle* in = nullptr;
+  ASSERT_EQ(OpenMidiIn(&in, &inputWindow, 0, TheClock, MIDI_OPEN_WORD), 0u);
+  ASSERT_EQ(TheClock->midiIn.load(), in);
+  fixed();
+  only(VelocityDistribution, 100);
+  everyBoardOn();
+  GeneratorToggle();
+  Capturing = 1;
+  passes(1);
+  Capturing = 0;
+  std::vector<uint32_t> taken;
+  while (const MidiEvent* e = MidiIn(in)) taken.push_back(PackedMessage(*e));
+  std::vector<uint32_t> boards;
+  for (uint32_t word : taken) {
+    if ((word & 0xE0) != 0x80) boards.push_back(word);
+  }
+  EXPECT_EQ(boards, std::vector<uint32_t>{EveryBoardsMessage.back()}) << "six sent, the last one taken";
+  EXPECT_EQ(taken.size(), 2u) << "the chord's one note and the last board message";
+  EXPECT_EQ(inputWindow.data, 2);
+  CloseMidiIn(&in);
 }
 
 TEST_F(GeneratorTest, TwoResetsWithTheSameSeedGiveTheSameChords) {

@@ -2,9 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstring>
+#include <vector>
+
+#include "midi/backends/loopback.h"
+#include "midi/midi_out.h"
+#include "midi/sync_clock.h"
+#include "platform/installed_seams.h"
+#include "platform/message_loop.h"
+#include "platform/timers.h"
 
 namespace {
 
@@ -35,12 +44,46 @@ TEST(MidiEvent, TheFourBytesFromStatusAreThePackedWordInMemory) {
   }
 }
 
+// What the clock's pass hands the shaping hook, which follows a note's link.
+MidiEvent shaped{};
+
+// An event handed to an output goes into its ring as a copy, link and all: the
+// caller may reuse its record at once, and the pass still shapes the event as
+// it was queued, with the partner it had.
 TEST(MidiEvent, CopiesByValueIncludingTheLink) {
+  platform::ManualLoop loop;
+  platform::VirtualTimers timers;
+  LoopbackDevices devices;
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
+  ClockHooks = {};
+  ClockHooks.shapeEvent = [](SyncClock*, MidiOutHandle*, MidiEvent* event) { shaped = *event; };
+  shaped = MidiEvent{};
+  SyncClock* clock = nullptr;
+  MidiOutHandle* out = nullptr;
+  ASSERT_EQ(OpenSync(&clock, nullptr, SYNC_INTERNAL, 10), 0u);
+  SetResolution(clock, 120);
+  SetTempo(clock, 500000);
+  ASSERT_EQ(OpenMidiOut(&out, nullptr, 0, clock, MIDI_OPEN_WORD), 0u);
   MidiEvent partner{};
-  MidiEvent event{10, 0x90, 60, 64, 0, &partner, 3, 61, 0, 0};
-  const MidiEvent copy = event;
-  EXPECT_EQ(copy.link, &partner);
-  EXPECT_EQ(copy.playedKey, 61);
+  MidiEvent event{0, 0x90, 60, 64, 0, &partner, 3, 61, 0, 0};
+  ASSERT_EQ(MidiOut(out, &event), 0u);
+  event = MidiEvent{0, 0x91, 72, 1, 0, nullptr, 0, 0, 0, 0};  // the record is reused before the pass
+  StartSync(clock);
+  timers.step();
+  EXPECT_EQ(shaped.link, &partner);
+  EXPECT_EQ(shaped.status, 0x90);
+  EXPECT_EQ(shaped.value1, 60);
+  EXPECT_EQ(shaped.value2, 64);
+  EXPECT_EQ(shaped.playedChannel, 3);
+  EXPECT_EQ(shaped.playedKey, 61);
+  std::vector<uint32_t> words;
+  for (const auto& sent : devices.sent()) words.push_back(sent.word);
+  EXPECT_NE(std::find(words.begin(), words.end(), 0x00403C90u), words.end()) << "the queued note went out";
+  EXPECT_EQ(std::find(words.begin(), words.end(), 0x00014891u), words.end()) << "the reused record did not";
+  CloseSync(&clock);
+  CloseMidiOut(&out);
+  loop.pump();
+  ClockHooks = {};
 }
 
 TEST(MidiFilter, ChannelMessagesTakeBitsZeroToSixByKindOnEveryChannel) {

@@ -321,6 +321,36 @@ TEST_F(SongFiles, TwoLyricsAtOneTickKeepTheFirstAndWordsThatMeetGetASpace) {
   EXPECT_EQ(lyrics.text, "Hel lo world\r\nline two");
 }
 
+TEST_F(SongFiles, TheOffsetsOfAccentedLyricsPointAtTheirWordsInTheJoinedText) {
+  // Windows Western bytes: "Café", "olé" and "Él", each at its own tick.
+  const std::vector<std::string> words = {"Caf\xE9", "ol\xE9", "\xC9l"};
+  std::vector<uint8_t> body;
+  for (const std::string& word : words) {
+    body.insert(body.end(), {10, 0xFF, 0x05, static_cast<uint8_t>(word.size())});
+    body.insert(body.end(), word.begin(), word.end());
+  }
+  body.insert(body.end(), EmptyTrack.begin(), EmptyTrack.end());
+  writeBytes(path("accents.mid"), smfBytes(120, {EmptyTrack, body}));
+  LoadSong(path("accents.mid"));
+  ASSERT_TRUE(LyricText);
+  const std::string text = LyricText.get();
+  EXPECT_EQ(text, "Caf\xE9 ol\xE9 \xC9l") << "accented letters meet letter to letter";
+  std::vector<std::pair<uint32_t, uint32_t>> spans;
+  for (uint32_t i = 0; i < Tracks[0].count; ++i) {
+    const MidiEvent& e = Tracks[0].events[i];
+    if (e.status != 0 || e.metaType != META_LYRIC) continue;
+    spans.emplace_back(uint32_t{e.value1} << 8 | e.value2, uint32_t{e.value3} << 8 | e.playedChannel);
+  }
+  ASSERT_EQ(spans.size(), words.size());
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    const auto [start, end] = spans[i];
+    ASSERT_LE(end, text.size()) << i;
+    const std::string spanned = text.substr(start, end - start);
+    EXPECT_EQ(spanned, (i == 0 ? "" : " ") + words[i]) << "lyric " << i;
+  }
+  EXPECT_EQ(spans.back().second, text.size());
+}
+
 TEST_F(SongFiles, LyricsOfTheFirstTrackBecomeTempoTrackEventsButTheirTextIsNotCollected) {
   LoadSong(corpus("format1_lyrics_in_first_track.mid"));
   ASSERT_TRUE(LyricText);

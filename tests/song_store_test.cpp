@@ -81,6 +81,27 @@ TEST_F(SongTest, DeletingOneOfTwoPutsTheTempoTrackLast) {
   EXPECT_EQ(active(), (std::vector<uint32_t>{5, 256}));
 }
 
+TEST_F(SongTest, DeletingATrackWhoseEventsAreAlreadyGoneStillTakesItOutOfTheActiveTracks) {
+  install(256, {ev(0, 0, 7, 0xA1)});
+  install(3, {ev(0, 0x90, 60, 1), ev(5, 0x80, 60, 0)});
+  // The Events list takes a track's last event away itself, then deletes the track.
+  FreeEvents(Tracks[3].events);
+  Tracks[3].events = nullptr;
+  Tracks[3].count = 0;
+  DeleteTrack(3);
+  EXPECT_EQ(active(), std::vector<uint32_t>{256});
+  install(3, {ev(0, 0x90, 62, 1), ev(5, 0x80, 62, 0)});
+  EXPECT_EQ(active(), (std::vector<uint32_t>{256, 3})) << "a track installed again is listed once";
+}
+
+TEST_F(SongTest, DeletingATrackThatHeldNothingAndWasNotListedKeepsTheOrderOfArrival) {
+  install(256, {ev(0, 0, 7, 0xA1)});
+  install(5, {ev(0, 0x90, 60, 1)});
+  install(2, {ev(0, 0x90, 62, 1)});
+  DeleteTrack(7);  // as a kept take clears its track first
+  EXPECT_EQ(active(), (std::vector<uint32_t>{256, 5, 2}));
+}
+
 TEST_F(SongTest, DeleteResetsTheSettingsOfTheCurrentTrackWhicheverIsDeleted) {
   install(2, {ev(0, 0x90, 60, 1)});
   RecordTrack = 7;

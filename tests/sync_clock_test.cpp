@@ -50,6 +50,34 @@ TEST_F(SyncClockTest, APassThatComesDuringAnotherIsLost) {
   EXPECT_EQ(ClockPassCount.load() > 0, true);
 }
 
+// The generator's tick holds the clock from inside its pass, so that the pass
+// under way ends while the clock is held, as a slow pass does when a set-up
+// load takes the hold on the UI thread.
+SyncClock* clockToHold = nullptr;
+int ticksRun = 0;
+void holdOnTheFirstTick() {
+  if (++ticksRun == 1) HoldClockPasses(clockToHold);
+}
+
+TEST_F(SyncClockTest, AHeldClockRunsNoPassAfterThePassUnderWayHasEnded) {
+  openClockAndOutput();
+  clockToHold = clock;
+  ticksRun = 0;
+  ClockHooks.generatorTick = holdOnTheFirstTick;
+  Generating = 1;
+  StartSync(clock);
+  passes(1);  // the hold is taken inside this pass, which then ends
+  ASSERT_EQ(ticksRun, 1);
+  const uint32_t heldAt = clock->now;
+  passes(5);
+  EXPECT_EQ(clock->now.load(), heldAt) << "time stands while the clock is held";
+  EXPECT_EQ(ticksRun, 1) << "no pass runs the generator while the clock is held";
+  ReleaseClockPasses(clock);
+  passes(1);
+  EXPECT_GT(clock->now.load(), heldAt);
+  EXPECT_EQ(ticksRun, 2);
+}
+
 TEST_F(SyncClockTest, TheInternalClockSends24MidiClocksPerBeatBetweenStartAndStop) {
   openClockAndOutput();
   StartSync(clock);
@@ -761,6 +789,66 @@ TEST(SyncClockRealTimer, AStopDuringADispatchWaitsForThePassAndLeavesTheRingWhol
   EXPECT_EQ(out->readIndex.load(), 0u);
   CloseSync(&clock);
   CloseMidiOut(&out);
+  ClockHooks = {};
+}
+
+// A hold taken on the UI thread while a pass runs on another waits for that
+// pass to end before it returns, and the clock stands from then on.
+std::atomic<bool> passUnderWay{false};
+std::atomic<bool> passMayEnd{false};
+std::atomic<bool> passEnded{false};
+
+void waitInsideThePass() {
+  passUnderWay = true;
+  while (!passMayEnd.load()) std::this_thread::yield();
+  passEnded = true;
+}
+
+TEST(SyncClockThreads, AHoldWaitsForThePassUnderWayAndKeepsTheNextOnesOut) {
+  passUnderWay = false;
+  passMayEnd = false;
+  passEnded = false;
+  VirtualTimers timers;
+  ManualLoop loop;
+  LoopbackDevices devices;
+  const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
+  ClockHooks = {};
+  ClockHooks.generatorTick = waitInsideThePass;
+  RecordingWindow window;
+  SyncClock* clock = nullptr;
+  ASSERT_EQ(OpenSync(&clock, &window, SYNC_INTERNAL, 10), 0u);
+  SetResolution(clock, 120);
+  SetTempo(clock, 500000);
+  StartSync(clock);
+  Generating = 1;
+  const auto param = reinterpret_cast<uintptr_t>(clock);
+  std::thread pass([param] { syncTimer(0, 0, param, 0, 0); });
+  while (!passUnderWay.load()) std::this_thread::yield();
+
+  std::atomic<bool> holdReturned{false};
+  std::atomic<bool> passEndedFirst{false};
+  std::thread holder([&] {
+    HoldClockPasses(clock);
+    passEndedFirst = passEnded.load();
+    holdReturned = true;
+  });
+  while (clock->held.load() == 0) std::this_thread::yield();
+  // A hold that did not wait would return at once; give it a bounded while to show it.
+  const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+  while (!holdReturned.load() && std::chrono::steady_clock::now() < until) std::this_thread::yield();
+  EXPECT_FALSE(holdReturned.load()) << "the hold returned while a pass was still under way";
+  passMayEnd = true;
+  pass.join();
+  holder.join();
+  EXPECT_TRUE(passEndedFirst.load());
+
+  const uint32_t heldAt = clock->now;
+  std::thread later([param] { syncTimer(0, 0, param, 0, 0); });
+  later.join();
+  EXPECT_EQ(clock->now.load(), heldAt) << "a pass that comes during the hold does nothing";
+  ReleaseClockPasses(clock);
+  Generating = 0;
+  CloseSync(&clock);
   ClockHooks = {};
 }
 

@@ -84,7 +84,13 @@ bool InitFunctionArrays() {
 }
 
 int ResizeFunctions(platform::MessageTarget*, int32_t size) {
-  if (size == 0) return 1;
+  if (size == 0) {
+    // No new arrays: the tick goes back to the live ones, whatever it read before.
+    for (int f = 0; f < FunctionCount; ++f) {
+      WorkingFunctions[f].store(FunctionArrays[f].get(), std::memory_order_release);
+    }
+    return 1;
+  }
   Arrays blocks;
   if (size < 0 || size > MaxFunctionLength || !allocate(blocks, size)) {
     platform::ShowMessageBox("Not enough memory. Try with another length.", "Velmora", platform::MB_ICONSTOP);

@@ -39,6 +39,7 @@ bool InitFunctionArrays();
 // New arrays of size elements, keeping what fits and repeating each array's
 // last value into the rest. 1 for done; 0, with the memory message and the
 // old arrays still in use, when they cannot be had. It does not set FunctionLength.
+// A size of 0 keeps the arrays as they are and points WorkingFunctions back at them.
 int ResizeFunctions(platform::MessageTarget* window, int32_t size);
 void ApplyFirstStep();
 void ApplyFunctionStep(uint32_t index);

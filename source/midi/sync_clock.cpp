@@ -445,6 +445,9 @@ void syncTimer(uint32_t, uint32_t, uintptr_t user, uintptr_t, uintptr_t) {
   ClockPassGuard guard;
   ClockPassCount.fetch_add(1, std::memory_order_relaxed);
   auto* clock = reinterpret_cast<SyncClock*>(user);
+  // While a set-up is being replaced no pass runs. SYNC_IN_TICK alone does not
+  // tell: a pass under way when the hold came clears it as it ends.
+  if (clock->held.load() != 0) return;
   if (!has(clock, SYNC_IN_TICK)) runTick(clock);  // otherwise this pass is lost
 }
 
@@ -458,7 +461,7 @@ void SmpteStoppedTimer(uint32_t, uint32_t, uintptr_t user, uintptr_t, uintptr_t)
 
 void SyncMidiClock(SyncClock* clock) {
   ClockPassGuard guard;
-  if (clock->held.load(std::memory_order_acquire) != 0) return;  // a set-up is being replaced
+  if (clock->held.load() != 0) return;  // a set-up is being replaced
   setFlag(clock, SYNC_CLOCK_SEEN);
   clearFlag(clock, SYNC_WAIT_CLOCK);
   runTick(clock);
@@ -467,7 +470,7 @@ void SyncMidiClock(SyncClock* clock) {
 
 void SyncQuarterFrame(SyncClock* clock, uint8_t data) {
   ClockPassGuard guard;
-  if (clock->held.load(std::memory_order_acquire) != 0) return;  // a set-up is being replaced
+  if (clock->held.load() != 0) return;  // a set-up is being replaced
   timeKillEvent(clock->timerId);
   clock->timerId = timeSetEvent(clock->period, 100, SmpteStoppedTimer, asParam(clock), TIME_ONESHOT);
 
@@ -529,7 +532,10 @@ void WaitForClockPasses() {
 void HoldClockPasses(SyncClock* clock) {
   if (clock == nullptr) return;
   setFlag(clock, SYNC_IN_TICK);
-  clock->held.store(1, std::memory_order_release);
+  // Sequentially consistent, as the pass guard's count is: either a pass
+  // counted itself before this store, and the wait below finds it, or it
+  // reads the hold after its count and runs nothing.
+  clock->held.store(1);
   WaitForClockPasses();
 }
 

@@ -9,9 +9,10 @@
 // thread opens, closes, starts and positions the clock. StopSync comes from
 // the UI thread, or from a pass that stops its own clock: the generator's
 // drain does, once it has ended the last note with the transport stopped;
-// StopSync then waits only for the other passes. SYNC_IN_TICK is
-// the only guard between passes, and only syncTimer honours it. Nothing in a
-// pass allocates or takes a lock of ours.
+// StopSync then waits only for the other passes. SYNC_IN_TICK is the only
+// guard between passes, and only syncTimer honours it; the hold
+// (HoldClockPasses) keeps out the passes of every entry. Nothing in a pass
+// allocates or takes a lock of ours.
 
 #include <array>
 #include <atomic>
@@ -144,9 +145,11 @@ class ClockPassGuard {
   ClockPassGuard& operator=(const ClockPassGuard&) = delete;
 };
 
-// Keeps the passes out while a whole set-up is replaced: sets SYNC_IN_TICK,
-// which the timer's passes honour, and the hold, which the input's MIDI clock
-// and quarter-frame entries honour too; then waits for a pass under way. UI thread.
+// Keeps the passes out while a whole set-up is replaced: sets SYNC_IN_TICK and
+// the hold, which the timer's passes and the input's MIDI clock and
+// quarter-frame entries all honour; then waits for a pass under way. Such a
+// pass clears SYNC_IN_TICK as it ends, so the hold is what keeps the timer's
+// later passes out until the release. UI thread.
 void HoldClockPasses(SyncClock* clock);
 void ReleaseClockPasses(SyncClock* clock);
 

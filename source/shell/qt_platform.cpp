@@ -186,7 +186,7 @@ std::optional<std::string> chooseFile(const platform::FileDialog& dialog, bool s
   chooser.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   // Saving may always name a new file; the must-exist flag then bears on its folder only.
   chooser.setFileMode(save || !dialog.mustExist ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
-  if (!dialog.defaultExtension.empty()) chooser.setDefaultSuffix(QString::fromStdString(dialog.defaultExtension));
+  chooser.setDefaultSuffix(FileDialogDefaultSuffix(dialog));
   if (!dialog.askToOverwrite) chooser.setOption(QFileDialog::DontConfirmOverwrite);
   if (chooser.exec() != QDialog::Accepted || chooser.selectedFiles().isEmpty()) return std::nullopt;
   return chooser.selectedFiles().front().toStdString();
@@ -206,6 +206,22 @@ QString FileDialogFilter(const platform::FileDialog& dialog) {
     filters << QStringLiteral("%1 (%2)").arg(label, pattern);
   }
   return filters.join(QStringLiteral(";;"));
+}
+
+QString FileDialogDefaultSuffix(const platform::FileDialog& dialog) {
+  if (dialog.defaultExtension.empty()) return {};
+  const auto real = [](const QString& extension) {
+    return !extension.isEmpty() && !extension.contains(u'*') && !extension.contains(u'?');
+  };
+  QString extension = QString::fromStdString(dialog.defaultExtension);
+  if (extension.startsWith(u'.')) extension.remove(0, 1);
+  if (real(extension)) return extension;
+  // A wildcard ("*") asks for the extension of the filter, which is the first one.
+  if (dialog.filters.empty()) return {};
+  const QString pattern = QString::fromStdString(dialog.filters.front().pattern).section(u';', 0, 0).trimmed();
+  if (!pattern.startsWith(QStringLiteral("*."))) return {};
+  extension = pattern.mid(2);
+  return real(extension) ? extension : QString();
 }
 
 int QtPrompts::messageBox(const std::string& text, const std::string& title, uint32_t style) {

@@ -69,5 +69,9 @@ class QtPrompts final : public platform::Prompts {
 
 // The filter text of a file dialog: "Label (pattern);;Label (pattern)".
 QString FileDialogFilter(const platform::FileDialog& dialog);
+// The extension given to a name typed without one: the dialog's default
+// extension, or, when that is a wildcard, the first filter's extension if it
+// names one ("*.mid" gives "mid", "*.*" nothing). Empty for none.
+QString FileDialogDefaultSuffix(const platform::FileDialog& dialog);
 
 }  // namespace shell

@@ -93,14 +93,6 @@ void readHeader(SmfFile& smf) {
   if ((smf.division & 0x8000) != 0) smf.division = smpteDivision(smf.division);
 }
 
-bool isLetter(uint8_t c) {
-  // Letters of the Windows Western code page, which lyric files mostly use.
-  if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')) return true;
-  if (c == 0x8A || c == 0x8C || c == 0x8E || c == 0x9A || c == 0x9C || c == 0x9E || c == 0x9F) return true;
-  if (c == 0xAA || c == 0xB5 || c == 0xBA) return true;
-  return c >= 0xC0 && c != 0xD7 && c != 0xF7;
-}
-
 // What a meta event's data can hold: its length, but no more than the file has left.
 uint32_t dataInFile(const SmfFile& smf, uint32_t position, uint32_t length) {
   const uint64_t left = position < smf.image.size() ? smf.image.size() - position : 0;
@@ -113,7 +105,7 @@ void giveLyric(SmfFile& smf, SmfTrackState& track, ReadState& state, uint32_t cl
   uint32_t n = length;
   for (uint32_t i = 0; i < length; ++i) {
     const uint8_t c = byteAt(smf, track.position);
-    if (i == 0 && isLetter(c) && isLetter(state.lastLyricChar)) ++n;
+    if (i == 0 && IsLyricLetter(c) && IsLyricLetter(state.lastLyricChar)) ++n;
     if (c == 10) ++n;
     if (i + 1 == length) state.lastLyricChar = c;
   }
@@ -312,6 +304,13 @@ uint32_t metaLength(uint8_t type, const char* data) {
 }
 
 }  // namespace
+
+bool IsLyricLetter(uint8_t c) {
+  if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')) return true;
+  if (c == 0x8A || c == 0x8C || c == 0x8E || c == 0x9A || c == 0x9C || c == 0x9E || c == 0x9F) return true;
+  if (c == 0xAA || c == 0xB5 || c == 0xBA) return true;
+  return c >= 0xC0 && c != 0xD7 && c != 0xF7;
+}
 
 std::vector<uint8_t> EncodeVariableLength(uint32_t value) {
   value = std::min<uint32_t>(value, 0x0FFFFFFF);

@@ -81,6 +81,11 @@ uint32_t GetSMFResolution(SmfFile* smf);
 // last one found, or SMF_FAILED. *data stays good until the next call.
 uint32_t ReadMetaEvent(SmfFile* smf, uint32_t track, uint8_t type, const uint8_t** data, uint32_t* length);
 
+// A letter of the Windows Western code page (cp1252), which lyric files mostly
+// use. Two lyrics that meet letter to letter are one space apart: the reader
+// counts that space into the lyric offsets, and the song's lyric text holds it.
+bool IsLyricLetter(uint8_t c);
+
 uint32_t SetSMFResolution(SmfFile* smf, uint32_t resolution);
 // The settings that WriteSMF bakes into a song track's events; 0 for a song
 // track out of range or a handle not open for writing.

@@ -1,7 +1,6 @@
 #include "song/song_files.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -119,7 +118,7 @@ void takeMeter(SmfFile* smf) {
 // The lyric text of one file track, joined into LyricText: a second lyric at
 // one tick is left out, and two words that meet letter to letter get a space.
 void collectLyrics(SmfFile* smf, uint32_t fileTrack, uint32_t& written) {
-  char last = 0;
+  uint8_t last = 0;
   uint32_t lastTick = 0xFFFFFFFFu;
   uint32_t tick = 0;
   for (;;) {
@@ -131,11 +130,11 @@ void collectLyrics(SmfFile* smf, uint32_t fileTrack, uint32_t& written) {
     if (tick == lastTick) continue;
     lastTick = tick;
     if (length == 0 || text == nullptr) continue;
-    const auto isLetter = [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; };
     // The copy goes by the given length and stops at the end of the block.
     const auto room = [&] { return LyricTextSize - 1 - std::min(written, LyricTextSize - 1); };
-    if (isLetter(static_cast<char>(text[0])) && isLetter(last) && room() > 0) LyricText[written++] = ' ';
-    last = static_cast<char>(text[length - 1]);
+    // The reader's letter test, so that its lyric offsets count the same spaces.
+    if (IsLyricLetter(text[0]) && IsLyricLetter(last) && room() > 0) LyricText[written++] = ' ';
+    last = text[length - 1];
     const uint32_t n = std::min(length, room());
     std::memcpy(LyricText.get() + written, text, n);
     written += n;

@@ -172,7 +172,13 @@ void DeleteTrack(uint32_t track) {
   TrackNames[track].reset();
   if (TrackRows != nullptr) TrackRows->dropRow(track);
   TrackRecord& t = Tracks[track];
-  if (t.events == nullptr) return;
+  // The Events list takes a track's last event away itself before it deletes
+  // the track, which then still stands in ActiveTracks: the list is rebuilt
+  // for it as for a track that held events. A track that is in neither (the
+  // take's track, cleared before the take goes in) leaves the list in its order.
+  const bool listed = std::find(ActiveTracks.begin(), ActiveTracks.begin() + ActiveTrackCount, track) !=
+                      ActiveTracks.begin() + ActiveTrackCount;
+  if (t.events == nullptr && !listed) return;
   FreeEvents(t.events);
   t.events = nullptr;
   t.count = 0;

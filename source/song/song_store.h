@@ -102,7 +102,8 @@ void TouchTrack(uint32_t track);
 // manager build its row from the record, and marks the song changed.
 void BuildTrackRow(uint32_t track);
 // Takes a track's events, name and row away, puts the current track's
-// settings back to their defaults, and rebuilds ActiveTracks.
+// settings back to their defaults, and rebuilds ActiveTracks from the tracks
+// that still hold events when this one held events or stood in the list.
 void DeleteTrack(uint32_t track);
 // The one message for an exhausted heap in the song and its edits.
 void NotEnoughMemory();

@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
 #include <atomic>
 #include <thread>
 
@@ -96,6 +100,71 @@ TEST(FileDialogFilter, TheLabelsPatternsAreGivenOnceAndEveryFileMeansEveryFile) 
                     {"All files (*.*)", "*.*"}};
   EXPECT_EQ(shell::FileDialogFilter(dialog),
             QStringLiteral("Velmora Files (*.vlm);;MIDI files (*.mid *.mff);;All files (*)"));
+}
+
+TEST(FileDialogDefaultSuffix, AWildcardTakesTheFirstFiltersExtensionAndNeverAStar) {
+  platform::FileDialog dialog;
+  EXPECT_EQ(shell::FileDialogDefaultSuffix(dialog), QString()) << "no default extension, none added";
+  dialog.defaultExtension = "vlm";
+  EXPECT_EQ(shell::FileDialogDefaultSuffix(dialog), QStringLiteral("vlm"));
+  dialog.defaultExtension = "*";
+  EXPECT_EQ(shell::FileDialogDefaultSuffix(dialog), QString()) << "no filter to take it from";
+  dialog.filters = {{"MIDI files (*.mid;*.mff)", "*.mid;*.mff"}, {"All files (*.*)", "*.*"}};
+  EXPECT_EQ(shell::FileDialogDefaultSuffix(dialog), QStringLiteral("mid"));
+  dialog.filters = {{"All files (*.*)", "*.*"}, {"MIDI files (*.mid)", "*.mid"}};
+  EXPECT_EQ(shell::FileDialogDefaultSuffix(dialog), QString());
+}
+
+// Types a name into the file dialog that the prompt is about to show, and
+// presses Enter; a dialog that cannot be driven so is closed unanswered.
+void typeIntoTheFileDialog(const QString& name, int triesLeft = 200) {
+  QTimer::singleShot(10, [name, triesLeft] {
+    auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+    if (chooser == nullptr) {
+      if (triesLeft > 0) typeIntoTheFileDialog(name, triesLeft - 1);
+      return;
+    }
+    auto* edit = chooser->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    if (edit == nullptr) {
+      ADD_FAILURE() << "the file dialog has no name field";
+      chooser->reject();
+      return;
+    }
+    edit->clear();
+    QTest::keyClicks(edit, name);
+    QTest::keyClick(edit, Qt::Key_Return);
+  });
+}
+
+platform::FileDialog songSaveDialog(const QTemporaryDir& folder) {
+  platform::FileDialog dialog;
+  dialog.title = "Save as";
+  dialog.filters = {{"MIDI files (*.mid)", "*.mid"}};
+  dialog.initialDirectory = folder.path().toStdString();
+  dialog.defaultExtension = "*";
+  dialog.mustExist = true;
+  dialog.askToOverwrite = true;
+  return dialog;
+}
+
+TEST(QtPrompts, ASongNameTypedWithoutAnExtensionIsSavedAsMid) {
+  QTemporaryDir folder;
+  ASSERT_TRUE(folder.isValid());
+  shell::QtPrompts prompts;
+  typeIntoTheFileDialog(QStringLiteral("song"));
+  const auto path = prompts.saveFileName(songSaveDialog(folder));
+  ASSERT_TRUE(path.has_value());
+  EXPECT_EQ(*path, folder.filePath(QStringLiteral("song.mid")).toStdString());
+}
+
+TEST(QtPrompts, ASaveNameTypedWithItsOwnExtensionKeepsIt) {
+  QTemporaryDir folder;
+  ASSERT_TRUE(folder.isValid());
+  shell::QtPrompts prompts;
+  typeIntoTheFileDialog(QStringLiteral("song.mff"));
+  const auto path = prompts.saveFileName(songSaveDialog(folder));
+  ASSERT_TRUE(path.has_value());
+  EXPECT_EQ(*path, folder.filePath(QStringLiteral("song.mff")).toStdString());
 }
 
 }  // namespace
