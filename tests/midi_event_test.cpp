@@ -54,6 +54,7 @@ TEST(MidiEvent, CopiesByValueIncludingTheLink) {
   platform::ManualLoop loop;
   platform::VirtualTimers timers;
   LoopbackDevices devices;
+  devices.setRecording(true);
   const platform::InstalledSeams installed({.loop = &loop, .timers = &timers, .devices = &devices});
   ClockHooks = {};
   ClockHooks.shapeEvent = [](SyncClock*, MidiOutHandle*, MidiEvent* event) { shaped = *event; };
