@@ -8,7 +8,6 @@
 #include <QCloseEvent>
 #include <QMenuBar>
 #include <QMdiSubWindow>
-#include <QPainter>
 #include <QStatusBar>
 #include <QTimer>
 #include <QToolBar>
@@ -193,55 +192,16 @@ bool NotYetAvailable(uint32_t id) { return Among(EditCommands, id) || Among(NotY
 // The toolbar: 0 stands for a separator.
 constexpr uint32_t ToolbarEntries[] = {0, CMD_NEW_SONG, CMD_OPEN_SONG, CMD_SAVE_SONG, 0, CMD_CUT, CMD_COPY, CMD_PASTE};
 
-// The toolbar's images, drawn: a page, a folder, a diskette, scissors, two pages, a clipboard.
+// The toolbar's images, from the resources: a page, a folder, a diskette,
+// scissors, two pages, a clipboard.
 QIcon ToolImage(uint32_t id) {
-  QPixmap pixmap(32, 32);
-  pixmap.fill(Qt::transparent);
-  QPainter p(&pixmap);
-  p.setRenderHint(QPainter::Antialiasing);
-  p.scale(2, 2);
-  const QPen ink(QColor(20, 20, 20), 1);
-  p.setPen(ink);
-  const QColor paper(255, 255, 255), folder(230, 190, 80), disk(60, 90, 170);
-  const auto page = [&](QRectF r) {
-    p.setBrush(paper);
-    p.drawPolygon(QPolygonF{r.topLeft(), QPointF(r.right() - 3, r.top()), QPointF(r.right(), r.top() + 3),
-                            r.bottomRight(), r.bottomLeft()});
+  static const std::map<uint32_t, const char*> images = {
+      {CMD_NEW_SONG, "new"}, {CMD_OPEN_SONG, "open"}, {CMD_SAVE_SONG, "save"},
+      {CMD_CUT, "cut"},      {CMD_COPY, "copy"},      {CMD_PASTE, "paste"},
   };
-  switch (id) {
-    case CMD_NEW_SONG: page(QRectF(3.5, 1.5, 9, 13)); break;
-    case CMD_OPEN_SONG:
-      p.setBrush(folder);
-      p.drawPolygon(QPolygonF{{1.5, 4.5}, {6, 4.5}, {7.5, 6}, {14.5, 6}, {14.5, 13.5}, {1.5, 13.5}});
-      break;
-    case CMD_SAVE_SONG:
-      p.setBrush(disk);
-      p.drawRect(QRectF(2.5, 2.5, 11, 11));
-      p.setBrush(paper);
-      p.drawRect(QRectF(4.5, 2.5, 7, 4));
-      p.drawRect(QRectF(4.5, 9, 7, 4.5));
-      break;
-    case CMD_CUT:
-      p.setBrush(Qt::NoBrush);
-      p.drawEllipse(QPointF(5, 12), 2.3, 2.3);
-      p.drawEllipse(QPointF(11, 12), 2.3, 2.3);
-      p.drawLine(QPointF(6.3, 10.2), QPointF(11, 2));
-      p.drawLine(QPointF(9.7, 10.2), QPointF(5, 2));
-      break;
-    case CMD_COPY:
-      page(QRectF(1.5, 1.5, 8, 10));
-      page(QRectF(6.5, 4.5, 8, 10));
-      break;
-    case CMD_PASTE:
-      p.setBrush(folder);
-      p.drawRect(QRectF(2.5, 2.5, 10, 12));
-      p.setBrush(QColor(160, 160, 160));
-      p.drawRect(QRectF(5, 1.5, 5, 2.5));
-      page(QRectF(6.5, 6.5, 8, 8));
-      break;
-    default: break;
-  }
-  return QIcon(pixmap);
+  const auto found = images.find(id);
+  if (found == images.end()) return QIcon();
+  return QIcon(QStringLiteral(":/icons/%1.png").arg(QLatin1String(found->second)));
 }
 
 struct ViewPlace {

@@ -56,6 +56,19 @@ TEST_F(Frame, TheToolbarHasSixButtonsWithTheirTipsAndCutCopyPasteStartGray) {
   for (const uint32_t id : {1187u, 1186u, 1188u}) EXPECT_FALSE(frame->toolAction(id)->isEnabled()) << id;
 }
 
+TEST_F(Frame, EveryToolbarButtonShowsItsImageFromTheResources) {
+  start();
+  for (const uint32_t id : {24331u, 24332u, 24333u, 1187u, 1186u, 1188u}) {
+    const QImage image = frame->toolAction(id)->icon().pixmap(16, 16).toImage();
+    ASSERT_FALSE(image.isNull()) << id;
+    int inked = 0;
+    for (int y = 0; y < image.height(); ++y) {
+      for (int x = 0; x < image.width(); ++x) inked += image.pixelColor(x, y).alpha() != 0 ? 1 : 0;
+    }
+    EXPECT_GT(inked, 20) << id << ": the image is drawn, not blank";
+  }
+}
+
 TEST_F(Frame, PlayGraysTheCommandsThatWouldDisturbItAndStopRestoresThem) {
   start();
   click(101);
