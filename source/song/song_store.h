@@ -33,9 +33,9 @@ struct TrackRecord {
   SharedWord<uint8_t> pan = 255;          // controller 10; 255: none
   SharedWord<uint8_t> patch = 255;        // program; 255: none
   SharedWord<uint8_t> volume = 255;       // controller 7; 255: none
-  uint32_t timeOffset = 0;    // ticks added to every event time at output
-  uint16_t repeats = 0;       // extra passes through the track
-  uint16_t repeatsDone = 0;   // passes the feed has made
+  uint32_t timeOffset = 0;                // ticks added to every event time at output
+  uint16_t repeats = 0;                   // extra passes through the track
+  uint16_t repeatsDone = 0;               // passes the feed has made
 };
 
 extern std::array<TrackRecord, SongTrackCount + 1> Tracks;

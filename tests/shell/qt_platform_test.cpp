@@ -2,6 +2,9 @@
 // the file dialogs' filters.
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <string>
+
 #include <QApplication>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -147,24 +150,23 @@ platform::FileDialog songSaveDialog(const QTemporaryDir& folder) {
   return dialog;
 }
 
+// The path that Save as gives for a name typed into its chooser, in an empty folder.
+std::optional<std::string> savedAs(const QTemporaryDir& folder, const QString& typed) {
+  shell::QtPrompts prompts;
+  typeIntoTheFileDialog(typed);
+  return prompts.saveFileName(songSaveDialog(folder));
+}
+
 TEST(QtPrompts, ASongNameTypedWithoutAnExtensionIsSavedAsMid) {
   QTemporaryDir folder;
   ASSERT_TRUE(folder.isValid());
-  shell::QtPrompts prompts;
-  typeIntoTheFileDialog(QStringLiteral("song"));
-  const auto path = prompts.saveFileName(songSaveDialog(folder));
-  ASSERT_TRUE(path.has_value());
-  EXPECT_EQ(*path, folder.filePath(QStringLiteral("song.mid")).toStdString());
+  EXPECT_EQ(savedAs(folder, QStringLiteral("song")), folder.filePath(QStringLiteral("song.mid")).toStdString());
 }
 
 TEST(QtPrompts, ASaveNameTypedWithItsOwnExtensionKeepsIt) {
   QTemporaryDir folder;
   ASSERT_TRUE(folder.isValid());
-  shell::QtPrompts prompts;
-  typeIntoTheFileDialog(QStringLiteral("song.mff"));
-  const auto path = prompts.saveFileName(songSaveDialog(folder));
-  ASSERT_TRUE(path.has_value());
-  EXPECT_EQ(*path, folder.filePath(QStringLiteral("song.mff")).toStdString());
+  EXPECT_EQ(savedAs(folder, QStringLiteral("song.mff")), folder.filePath(QStringLiteral("song.mff")).toStdString());
 }
 
 }  // namespace
