@@ -85,8 +85,9 @@ bool SwitchChannel(uint32_t id) {
 PitchSettingsCheck CheckPitchSettings(const PitchSettings& s) {
   if (!s.intervalMode) return {true, {}, 0};
   if (s.minimum < 0 || s.minimum > 116) return {false, "Minimum Bound is not in the range 0 to 116.", ID_PITCH_MINIMUM};
-  if (s.maximum < 11 || s.maximum > 127)
+  if (s.maximum < 11 || s.maximum > 127) {
     return {false, "Maximum Bound is not in the range 11 to 127.", ID_PITCH_MAXIMUM};
+  }
   if (s.maximum - s.minimum < 11) {
     return {false, "Maximun Bound and Minimum Bound diference must be equal or greater than 11.", ID_PITCH_MAXIMUM};
   }

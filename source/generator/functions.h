@@ -30,7 +30,7 @@ extern std::unique_ptr<int8_t[]> ScratchCurve;  // the curve under edit in the F
 extern std::array<std::atomic<int8_t*>, FunctionCount> WorkingFunctions;
 extern SharedWord<uint32_t> FunctionIndex;  // next element to step
 
-// The Control Panel's bars, by id - 1280, which the panel registers while it is open.
+// The Control Panel's bars, by id - ID_PANEL_FIRST_BAR, which the panel registers while it is open.
 extern std::array<std::atomic<platform::MessageTarget*>, 10> ControlPanelBars;
 
 // Allocates the arrays for the start-up length and fills them with the

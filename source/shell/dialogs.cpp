@@ -177,6 +177,7 @@ void FilterDialog::accept() {
 // ---------------------------------------------------------------------------
 
 MeterDialog::MeterDialog(QWidget* parent) : CenteredDialog(parent, QStringLiteral("Measure")) {
+  setObjectName(QString::number(DLG_METER));
   auto* layout = new QVBoxLayout(this);
   auto* form = new QFormLayout;
   numerator_ = NumberField(this, ID_METER_NUMERATOR, text(NumeratorText));
@@ -199,6 +200,7 @@ void MeterDialog::accept() {
 // ---------------------------------------------------------------------------
 
 MetronomeDialog::MetronomeDialog(QWidget* parent) : CenteredDialog(parent, QStringLiteral("Metronome")) {
+  setObjectName(QString::number(DLG_METRONOME));
   auto* layout = new QVBoxLayout(this);
   auto* top = new QFormLayout;
   const auto add = [this](QFormLayout* form, std::size_t order, const QString& label) {

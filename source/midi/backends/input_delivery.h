@@ -7,9 +7,9 @@
 // addBuffer from the UI thread. Once stop, reset or close returns, no callback
 // of this input runs any more. A short message takes no lock and allocates
 // nothing; only when it cuts a partly filled sysex buffer short does it take
-// the buffer queue's lock, which sysex delivery and the UI thread share. A delivery to an input that its own thread is
-// already delivering to (an echo of a thru coming straight back) is dropped,
-// so no chain of devices can recurse.
+// the buffer queue's lock, which sysex delivery and the UI thread share. A
+// delivery to an input that its own thread is already delivering to (an echo
+// of a thru coming straight back) is dropped, so no chain of devices can recurse.
 
 #include <atomic>
 #include <cstdint>
