@@ -23,24 +23,31 @@ SharedWord<uint32_t> PitchBoardMask = 31;
 
 namespace {
 
-// A message to send at once; value3 and the rest stay 0.
+// A message as the take keeps it; value3 and the rest stay 0.
 MidiEvent message(uint8_t status, uint8_t data1, uint8_t data2) {
   return MidiEvent{SEND_NOW, status, data1, data2, 0, nullptr, 0, 0, 0, 0};
 }
 
-void play(MidiEvent event) { MidiOut(TheMidiOut, &event); }
+void play(uint8_t status, uint8_t data1, uint8_t data2) { MidiOutNow(TheMidiOut, status, data1, data2); }
 
 // Plays a message, and while capturing also puts it into the take.
 void playAndCapture(uint8_t status, uint8_t data1, uint8_t data2) {
-  const MidiEvent event = message(status, data1, data2);
-  play(event);
-  if (Capturing == 1) CaptureGeneratorEvent(event);
+  play(status, data1, data2);
+  if (Capturing == 1) CaptureGeneratorEvent(message(status, data1, data2));
 }
 
+// A note-on of velocity 0 for every voice, sent in one call: the pass in which
+// every chord of the ring ends sends thousands of them.
 void endChord(SoundingChord& chord) {
-  for (int v = 0; v < chord.voiceCount; ++v) {
+  std::array<uint32_t, MaxVoices> offs;
+  const auto count = static_cast<std::size_t>(std::clamp<int>(chord.voiceCount, 0, MaxVoices));
+  for (std::size_t v = 0; v < count; ++v) {
     const auto& voice = chord.voices[v];
-    playAndCapture(static_cast<uint8_t>(0x90 | voice[0]), voice[1], 0);
+    offs[v] = uint32_t{static_cast<uint8_t>(0x90 | voice[0])} | uint32_t{voice[1]} << 8;
+  }
+  MidiOutNowMany(TheMidiOut, std::span(offs.data(), count));
+  if (Capturing == 1) {
+    for (std::size_t v = 0; v < count; ++v) CaptureGeneratorEvent(message(offs[v] & 0xFF, offs[v] >> 8 & 0xFF, 0));
   }
   chord.offTime = 0;
 }
@@ -131,10 +138,10 @@ void playBoards() {
   LastBoardIndex = index;
   const auto channel = static_cast<uint8_t>(ChordChannel.load() & 0x0F);
   // Every board on is played; only the last message built goes into the take.
-  MidiEvent last = message(0, 0, 0);
+  std::array<uint8_t, 3> last{};
   auto board = [&last](uint8_t status, uint8_t data1, uint8_t data2) {
-    last = message(status, data1, data2);
-    play(last);
+    last = {status, data1, data2};
+    play(status, data1, data2);
   };
   if ((flags & PitchBoardMask) != 0) board(0xE0 | channel, 0, curveValue(SelectedPitchBoard, index));
   static constexpr uint8_t Controllers[4] = {1, 2, 7, 10};
@@ -143,7 +150,7 @@ void playBoards() {
   }
   if ((flags >> 9 & 1) != 0) board(0xD0 | channel, curveValue(9, index), 0);
   // Bits that PitchBoardMask masks may leave no message built, and then nothing is taken.
-  if (Capturing == 1 && last.status != 0) CaptureGeneratorEvent(last);
+  if (Capturing == 1 && last[0] != 0) CaptureGeneratorEvent(message(last[0], last[1], last[2]));
 }
 
 }  // namespace

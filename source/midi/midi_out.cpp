@@ -140,6 +140,22 @@ void flushRing(MidiOutHandle* out) {
   }
 }
 
+// The driver refused the first try as not ready: tries again, a bounded number of times.
+[[gnu::noinline]] uint32_t retryNotReady(MidiOutHandle* out, uint32_t word) {
+  uint32_t result = MIDIERR_NOTREADY;
+  for (int tries = 1; result == MIDIERR_NOTREADY && tries < MaxNotReadyRetries; ++tries) {
+    result = midiOutShortMsg(out->device, word);
+  }
+  return result;
+}
+
+uint32_t sendNow(MidiOutHandle* out, uint32_t word) {
+  if ((word & 0xFF) == 0xF0) return 0;  // sysex cannot be sent at once
+  SendShortWithRetry(out, word);
+  NoteSounding(out, word);
+  return 0;
+}
+
 void destroyHiddenWindow(MidiOutHandle* out) {
   if (!out->hiddenWindow) return;
   if (MessageLoop* loop = messageLoop()) loop->forget(out->hiddenWindow.get());
@@ -165,23 +181,26 @@ void freeHandle(MidiOutHandle* out) {
 uint32_t SizeFromTable(uint32_t index) { return SizeTable[std::min<std::size_t>(index, SizeTable.size() - 1)]; }
 
 uint32_t SendShortWithRetry(MidiOutHandle* out, uint32_t word) {
-  uint32_t result = midiOutShortMsg(out->device, word);
-  for (int tries = 1; result == MIDIERR_NOTREADY && tries < MaxNotReadyRetries; ++tries) {
-    result = midiOutShortMsg(out->device, word);
-  }
-  return result;
+  const uint32_t result = midiOutShortMsg(out->device, word);
+  return result == MIDIERR_NOTREADY ? retryNotReady(out, word) : result;
 }
 
 void NoteSounding(MidiOutHandle* out, uint32_t word) {
+  const uint32_t kind = word & 0xF0;
+  if (kind != 0x80 && kind != 0x90) return;
   const uint32_t key = word >> 8 & 0xFF;
   if (key >= 128) return;
-  const uint32_t kind = word & 0xF0;
   const uint32_t bit = 1u << (word & 0x0F);
   const uint32_t velocity = word >> 16 & 0xFF;
   std::atomic<uint32_t>& entry = out->soundingNotes[key];
+  // A locked read-modify-write only when the bit changes: most note-offs of a
+  // busy pass end a note that an earlier one already ended.
+  const bool sounding = (entry.load(std::memory_order_relaxed) & bit) != 0;
   if (kind == 0x90 && velocity != 0) {
-    if ((entry.fetch_or(bit, std::memory_order_relaxed) & bit) != 0) SendShortWithRetry(out, word & ~0x00FF0000u);
-  } else if (kind == 0x80 || kind == 0x90) {
+    if (sounding || (entry.fetch_or(bit, std::memory_order_relaxed) & bit) != 0) {
+      SendShortWithRetry(out, word & ~0x00FF0000u);
+    }
+  } else if (sounding) {
     entry.fetch_and(~bit, std::memory_order_relaxed);
   }
 }
@@ -324,19 +343,20 @@ uint32_t ResetNotesAndControllers(MidiOutHandle* out) {
 }
 
 uint32_t MidiOutNow(MidiOutHandle* out, uint8_t status, uint8_t value1, uint8_t value2) {
-  MidiEvent event{SEND_NOW, status, value1, value2, 0, nullptr, 0, 0, 0, 0};
-  return MidiOut(out, &event);
+  if (out == nullptr) return MIDI_OUT_FAILED;
+  // The word is packed in a register: an event built byte by byte in memory and
+  // read back whole stalls the store buffer, and the generator sends thousands.
+  return sendNow(out, uint32_t{status} | uint32_t{value1} << 8 | uint32_t{value2} << 16);
+}
+
+void MidiOutNowMany(MidiOutHandle* out, std::span<const uint32_t> words) {
+  if (out == nullptr) return;
+  for (const uint32_t word : words) sendNow(out, word);
 }
 
 uint32_t MidiOut(MidiOutHandle* out, MidiEvent* event) {
   if (out == nullptr) return MIDI_OUT_FAILED;
-  if (event->time == SEND_NOW) {
-    if (event->status == 0xF0) return 0;  // sysex cannot be sent at once
-    const uint32_t word = PackedMessage(*event);
-    SendShortWithRetry(out, word);
-    NoteSounding(out, word);
-    return 0;
-  }
+  if (event->time == SEND_NOW) return sendNow(out, PackedMessage(*event));
   SyncClock* clock = out->clock.load();
   if (event->status == 0xF0 && (out->flags & MIDI_SYSEX) != 0 &&
       (clock == nullptr || (clock->flags & SYNC_RUNNING) == 0)) {

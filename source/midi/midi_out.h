@@ -16,6 +16,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "midi/midi_event.h"
@@ -114,6 +115,8 @@ uint32_t ResetNotesAndControllers(MidiOutHandle* out);
 uint32_t MidiOut(MidiOutHandle* out, MidiEvent* event);
 // MidiOut of an immediate channel message.
 uint32_t MidiOutNow(MidiOutHandle* out, uint8_t status, uint8_t value1, uint8_t value2);
+// MidiOut of immediate channel messages, packed, in order: a chord's endings.
+void MidiOutNowMany(MidiOutHandle* out, std::span<const uint32_t> words);
 void MidiOutCallback(platform::MidiOutPort* device, uint32_t message, uintptr_t instance, uintptr_t param1,
                      uintptr_t param2);
 intptr_t MidiOutProc(MidiOutWindow* window, uint32_t message, uintptr_t param1, uintptr_t param2);

@@ -120,10 +120,6 @@ uint32_t midiOutOpen(MidiOutPort** port, uint32_t id, MidiOutCallbackFn callback
 
 uint32_t midiOutClose(MidiOutPort* port) { return closePort(port); }
 
-uint32_t midiOutShortMsg(MidiOutPort* port, uint32_t word) {
-  return port != nullptr ? port->shortMsg(word) : MMSYSERR_INVALHANDLE;
-}
-
 uint32_t midiOutPrepareHeader(MidiOutPort* port, MidiHeader* header) {
   return port != nullptr ? prepare(header) : MMSYSERR_INVALHANDLE;
 }

@@ -120,7 +120,9 @@ uint32_t midiOutGetNumDevs();
 uint32_t midiOutGetDevCaps(uint32_t id, std::string& name);
 uint32_t midiOutOpen(MidiOutPort** port, uint32_t id, MidiOutCallbackFn callback, uintptr_t instance);
 uint32_t midiOutClose(MidiOutPort* port);
-uint32_t midiOutShortMsg(MidiOutPort* port, uint32_t word);
+inline uint32_t midiOutShortMsg(MidiOutPort* port, uint32_t word) {
+  return port != nullptr ? port->shortMsg(word) : MMSYSERR_INVALHANDLE;
+}
 uint32_t midiOutPrepareHeader(MidiOutPort* port, MidiHeader* header);
 uint32_t midiOutUnprepareHeader(MidiOutPort* port, MidiHeader* header);
 uint32_t midiOutLongMsg(MidiOutPort* port, MidiHeader* header);

@@ -25,7 +25,8 @@ using Output = LoopbackDevices::Output;
 using Input = LoopbackDevices::Input;
 
 bool takeOne(std::atomic<uint32_t>& count) {
-  uint32_t left = count.load();
+  uint32_t left = count.load(std::memory_order_relaxed);
+  if (left == 0) return false;
   while (left > 0 && !count.compare_exchange_weak(left, left - 1)) {
   }
   return left > 0;
@@ -71,7 +72,9 @@ class OutPort final : public MidiOutPort {
 
  private:
   void record(uint32_t word, std::span<const uint8_t> bytes) {
-    if (!recording_.load(std::memory_order_relaxed)) return;
+    if (recording_.load(std::memory_order_relaxed)) append(word, bytes);
+  }
+  [[gnu::noinline]] void append(uint32_t word, std::span<const uint8_t> bytes) {
     std::lock_guard lock(output_.logMutex);
     output_.log.push_back({timeGetTime(), word, {bytes.begin(), bytes.end()}});
   }
