@@ -8,6 +8,7 @@
 
 #include "midi/backends/device_list.h"
 #include "midi/backends/wav_writer.h"
+#include "midi/backends/wire_check.h"
 #include "midi/midi_in.h"
 #include "support/midi_fixture.h"
 
@@ -191,6 +192,24 @@ TEST(Synth, OpensWithoutAnAudioDeviceAndTakesMessages) {
   }
   EXPECT_EQ(port->reset(), 0u);
   EXPECT_EQ(port->close(), 0u);
+}
+
+TEST_F(SynthTest, AMessageWithADataByteOf0x80OrAboveIsDroppedAndCounted) {
+  SynthDevices synth;
+  const std::string path = tempPath("velmora-dropped.wav");
+  synth.renderTo(path);
+  installMidiDevices(&synth);
+  ASSERT_EQ(OpenMidiOut(&out, &window, 0, nullptr, MIDI_OPEN_WORD), 0u);
+  const uint64_t before = DroppedMessages();
+  put(SEND_NOW, 0x90, 0xFF, 100);  // would sound as key 127 if its top bit were cut off
+  put(SEND_NOW, 0x90, 60, 0xC8);
+  timers.advance(500);
+  ASSERT_TRUE(synth.finishRender());
+  EXPECT_EQ(DroppedMessages() - before, 2u);
+  EXPECT_LT(rms(readWav(path).samples), 2.0) << "nothing sounds";
+  CloseMidiOut(&out);
+  installMidiDevices(&devices);
+  std::filesystem::remove(path);
 }
 
 TEST(WavWriter, AFullDiskIsReportedAtClose) {

@@ -34,6 +34,22 @@ TEST_F(SyncClockTest, PassesYieldTwoTwoThreeTwoThreeTicksAt120TicksAndHalfASecon
   EXPECT_EQ(clock->now.load(), 24u);
 }
 
+TEST_F(SyncClockTest, AWakeUpThreePeriodsLateRunsThreePassesAndThePositionLandsOnRealTime) {
+  openClockAndOutput();
+  SetTempo(clock, 1200000);  // 120 ticks a quarter at 50 beats a minute: one tick a 10 ms pass
+  StartSync(clock);
+  for (int i = 0; i < 5; ++i) timers.step();
+  ASSERT_EQ(clock->now.load(), 5u);
+  const uint32_t passesBefore = ClockPassCount;
+  timers.stall(30);  // the timer thread kept from running for three periods
+  timers.step();
+  EXPECT_EQ(ClockPassCount - passesBefore, 3u) << "three passes, back to back";
+  EXPECT_EQ(clock->now.load(), 8u) << "80 ms of real time: 8 ticks";
+  timers.step();
+  EXPECT_EQ(clock->now.load(), 9u);
+  EXPECT_EQ(timers.timeMs(), 90u);
+}
+
 TEST_F(SyncClockTest, AStoppedClocksPassDoesNothing) {
   openClockAndOutput();
   passes(10);

@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "platform/realtime.h"
+
 using namespace platform;
 
 namespace {
@@ -66,6 +68,46 @@ TEST_F(VirtualTimersTest, StepRunsOnePassAtATime) {
   EXPECT_TRUE(timers.step());
   ASSERT_EQ(log.fired.size(), 2u);
   EXPECT_EQ(timers.timeMs(), 20u);
+}
+
+TEST(CatchUp, ALateWakeUpRunsThePassesItMissedUpToTheBoundAndSkipsTheRest) {
+  EXPECT_EQ(PlanCatchUp(0, 10, 200).run, 1u) << "on time: the one pass due";
+  EXPECT_EQ(PlanCatchUp(9, 10, 200).run, 1u) << "late by less than a period";
+  const CatchUp threeLate = PlanCatchUp(20, 10, 200);
+  EXPECT_EQ(threeLate.run, 3u) << "woken two periods after the deadline: three passes are due";
+  EXPECT_EQ(threeLate.skipped, 0u);
+  const CatchUp atBound = PlanCatchUp(200, 10, 200);
+  EXPECT_EQ(atBound.run, 21u);
+  EXPECT_EQ(atBound.skipped, 0u);
+  const CatchUp beyond = PlanCatchUp(660, 10, 200);
+  EXPECT_EQ(beyond.run, 21u) << "200 ms made up";
+  EXPECT_EQ(beyond.skipped, 46u) << "the rest of a 660 ms stall skipped";
+}
+
+TEST_F(VirtualTimersTest, AStallOfThreePeriodsRunsThreePassesBackToBackAtTheLateTime) {
+  timers.setEvent(10, 10, logFired, user(), TIME_PERIODIC);
+  timers.advance(10);
+  ASSERT_EQ(log.fired.size(), 1u);
+  const TimerCounts before = TimerCatchUpCounts();
+  timers.stall(30);  // woken three periods late: the passes of 20, 30 and 40 are due
+  ASSERT_TRUE(timers.step());
+  ASSERT_EQ(log.fired.size(), 4u);
+  for (std::size_t i = 1; i < 4; ++i) EXPECT_EQ(log.fired[i].at, 40u);
+  EXPECT_EQ(TimerCatchUpCounts().caughtUp - before.caughtUp, 2u);
+  timers.advance(10);
+  ASSERT_EQ(log.fired.size(), 5u) << "back on the grid";
+  EXPECT_EQ(log.fired[4].at, 50u);
+}
+
+TEST_F(VirtualTimersTest, AStallBeyondTheBoundSkipsWhatIsBeyondItAndCountsIt) {
+  timers.setEvent(10, 10, logFired, user(), TIME_PERIODIC);
+  const TimerCounts before = TimerCatchUpCounts();
+  timers.stall(500);  // due at 10, woken at 500: 49 passes of 10 ms behind
+  ASSERT_TRUE(timers.step());
+  EXPECT_EQ(log.fired.size(), 21u) << "the due pass and 200 ms made up";
+  EXPECT_EQ(TimerCatchUpCounts().skipped - before.skipped, 29u);
+  timers.advance(10);
+  EXPECT_EQ(log.fired.back().at, 510u) << "the grid of the start kept";
 }
 
 TEST_F(VirtualTimersTest, StepWithNoEventDoesNothing) {
@@ -218,6 +260,17 @@ TEST(ThreadTimers, ACallbackMayKillItsOwnEvent) {
   log.killSelf = timers.setEvent(50, 1, logReal, reinterpret_cast<uintptr_t>(&log), TIME_PERIODIC);
   ASSERT_TRUE(waitForPasses(log, 1, std::chrono::seconds(10)));
   EXPECT_FALSE(waitForPasses(log, 2, std::chrono::milliseconds(120)));
+}
+
+TEST(ThreadTimers, TheTimerThreadAsksForRealTimeSchedulingAndSaysWhatItGot) {
+  ThreadTimers timers;
+  RealLog log;
+  timers.setEvent(5, 1, logReal, reinterpret_cast<uintptr_t>(&log), TIME_ONESHOT);
+  ASSERT_TRUE(waitForPasses(log, 1, std::chrono::seconds(10)));
+  const std::string got = TimerSchedulingText();
+  const bool fifo = got.rfind("real-time (SCHED_FIFO, priority ", 0) == 0;
+  const bool normal = got.rfind("normal priority (SCHED_FIFO refused: ", 0) == 0;
+  EXPECT_TRUE(fifo || normal) << got;
 }
 
 TEST(ThreadTimers, MillisecondTimeMovesWithTheClock) {

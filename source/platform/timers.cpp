@@ -5,11 +5,15 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/realtime.h"
+
 namespace platform {
 
 namespace {
 
 std::atomic<Timers*> installedTimers{nullptr};
+std::atomic<uint64_t> caughtUpPasses{0};
+std::atomic<uint64_t> skippedPasses{0};
 
 constexpr uint32_t PeriodMin = 1;
 constexpr uint32_t PeriodMax = 1000000;
@@ -22,6 +26,15 @@ uint32_t fillCaps(TimerCaps& caps) {
 }
 
 }  // namespace
+
+TimerCounts TimerCatchUpCounts() {
+  return {caughtUpPasses.load(std::memory_order_relaxed), skippedPasses.load(std::memory_order_relaxed)};
+}
+
+void CountCatchUp(const CatchUp& plan) {
+  if (plan.run > 1) caughtUpPasses.fetch_add(plan.run - 1, std::memory_order_relaxed);
+  if (plan.skipped > 0) skippedPasses.fetch_add(plan.skipped, std::memory_order_relaxed);
+}
 
 void installTimers(Timers* timers) { installedTimers.store(timers, std::memory_order_release); }
 
@@ -75,21 +88,37 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+bool stopped(ThreadTimers::Event& event) {
+  std::lock_guard lock(event.mutex);
+  return event.stop;
+}
+
 void runEvent(const std::shared_ptr<ThreadTimers::Event>& event, Clock::time_point start) {
+  AskForRealtimeScheduling();
   const auto period = std::chrono::milliseconds(event->delay);
+  const auto bound = std::chrono::milliseconds(MaxCatchUpMs);
   auto deadline = start + period;
   for (;;) {
     {
       std::unique_lock lock(event->mutex);
       if (event->wake.wait_until(lock, deadline, [&] { return event->stop; })) return;
     }
-    event->callback(event->id, 0, event->user, 0, 0);
-    if (!event->periodic) return;
-    deadline += period;
-    // Deadlines stay on the grid of the start; passes missed by more than a
-    // whole period are dropped, not fired back to back.
-    const auto now = Clock::now();
-    if (now >= deadline + period) deadline += period * ((now - deadline) / period);
+    if (!event->periodic) {
+      event->callback(event->id, 0, event->user, 0, 0);
+      return;
+    }
+    // Deadlines stay on the grid of the start: a late wake-up runs the passes
+    // it missed back to back, up to the bound, and skips the rest.
+    const auto late = std::max(Clock::duration::zero(), Clock::now() - deadline);
+    const CatchUp plan = PlanCatchUp(static_cast<uint64_t>(late.count()), static_cast<uint64_t>(
+        std::chrono::duration_cast<Clock::duration>(period).count()), static_cast<uint64_t>(
+        std::chrono::duration_cast<Clock::duration>(bound).count()));
+    CountCatchUp(plan);
+    for (uint64_t pass = 0; pass < plan.run; ++pass) {
+      if (pass > 0 && stopped(*event)) return;
+      event->callback(event->id, 0, event->user, 0, 0);
+    }
+    deadline += period * static_cast<int64_t>(plan.run + plan.skipped);
   }
 }
 
@@ -195,15 +224,27 @@ bool VirtualTimers::runNextDueBy(uint64_t limit) {
       std::min_element(events_.begin(), events_.end(), [](const Event& a, const Event& b) { return a.due < b.due; });
   if (next == events_.end() || next->due > limit) return false;
   const Event event = *next;
-  now_ = event.due;
   if (event.period == 0) {
+    now_ = std::max(now_, event.due);
     events_.erase(next);
-  } else {
-    next->due += event.period;
+    event.callback(event.id, 0, event.user, 0, 0);
+    return true;
   }
+  // After a stall the event is late: it makes up for it as the real timer does.
+  const CatchUp plan = PlanCatchUp(now_ > event.due ? now_ - event.due : 0, event.period, MaxCatchUpMs);
+  CountCatchUp(plan);
+  now_ = std::max(now_, event.due);
+  next->due += event.period * (plan.run + plan.skipped);
   // The callback may set or kill events; nothing of events_ is held across it.
-  event.callback(event.id, 0, event.user, 0, 0);
+  for (uint64_t pass = 0; pass < plan.run; ++pass) {
+    if (pass > 0 && !isSet(event.id)) break;
+    event.callback(event.id, 0, event.user, 0, 0);
+  }
   return true;
+}
+
+bool VirtualTimers::isSet(uint32_t id) const {
+  return std::any_of(events_.begin(), events_.end(), [id](const Event& e) { return e.id == id; });
 }
 
 void VirtualTimers::advance(uint32_t ms) {

@@ -55,9 +55,37 @@ uint32_t timeBeginPeriod(uint32_t period);
 uint32_t timeEndPeriod(uint32_t period);
 uint32_t timeGetTime();
 
+// A periodic event that wakes late runs the passes whose deadlines it missed
+// back to back, so that what counts passes (the music's clock) stays on real
+// time. Of a stall longer than MaxCatchUpMs only that much is made up; the
+// passes beyond it are skipped and counted.
+inline constexpr uint32_t MaxCatchUpMs = 200;
+
+struct CatchUp {
+  uint64_t run;      // passes to run now, back to back: the one due and those missed
+  uint64_t skipped;  // passes missed beyond the bound, not run
+};
+// For an event of the given period that wakes late by the given time after
+// its deadline (both in one unit, the bound converted to it).
+constexpr CatchUp PlanCatchUp(uint64_t late, uint64_t period, uint64_t bound) {
+  const uint64_t missed = period != 0 ? late / period : 0;
+  const uint64_t most = period != 0 ? bound / period : 0;
+  const uint64_t madeUp = missed < most ? missed : most;
+  return {1 + madeUp, missed - madeUp};
+}
+
+// What the periodic events of the process have made up for and skipped.
+struct TimerCounts {
+  uint64_t caughtUp = 0;  // passes run late, back to back
+  uint64_t skipped = 0;   // passes of stalls beyond MaxCatchUpMs
+};
+TimerCounts TimerCatchUpCounts();
+void CountCatchUp(const CatchUp& plan);
+
 // Real timers: a thread per event, waking at absolute deadlines on the steady
-// clock, so that the period never drifts. A pass that falls a whole period
-// behind is dropped rather than made up for, as a busy timer drops passes.
+// clock, so that the period never drifts, and making up for late wake-ups as
+// PlanCatchUp says. Each event's thread asks for real-time scheduling
+// (see realtime.h) before its first wait.
 class ThreadTimers final : public Timers {
  public:
   ThreadTimers();
@@ -94,6 +122,9 @@ class VirtualTimers final : public Timers {
   void advance(uint32_t ms);
   // Moves time to the next due event and runs it: one pass. False if none is set.
   bool step();
+  // Moves time forward by ms and runs nothing, as a timer thread that was kept
+  // from running; the next step or advance makes up for it as a late wake-up does.
+  void stall(uint32_t ms) { now_ += ms; }
   std::size_t activeEvents() const { return events_.size(); }
   // Periods asked for by beginPeriod and not yet given back.
   int openPeriods() const { return openPeriods_; }
@@ -107,6 +138,7 @@ class VirtualTimers final : public Timers {
     uintptr_t user;
   };
   bool runNextDueBy(uint64_t limit);
+  bool isSet(uint32_t id) const;
 
   std::vector<Event> events_;
   uint64_t now_ = 0;

@@ -1,6 +1,7 @@
 #include "midi/backends/loopback.h"
 
 #include "midi/backends/input_delivery.h"
+#include "midi/backends/wire_check.h"
 #include "platform/timers.h"
 
 using namespace platform;
@@ -41,7 +42,11 @@ class OutPort final : public MidiOutPort {
   uint32_t shortMsg(uint32_t word) override {
     if (takeOne(output_.notReadyShort)) return MIDIERR_NOTREADY;
     record(word, {});
-    if (cable_ != nullptr) cable_->delivery.deliverShort(word);
+    if (!ShortMessageFitsWire(word)) {
+      CountDroppedMessage();
+    } else if (cable_ != nullptr) {
+      cable_->delivery.deliverShort(word);
+    }
     return MMSYSERR_NOERROR;
   }
 
@@ -49,7 +54,11 @@ class OutPort final : public MidiOutPort {
     if (takeOne(output_.notReadyLong)) return MIDIERR_NOTREADY;
     const std::span<const uint8_t> bytes(header.lpData, header.dwBufferLength);
     record(0, bytes);
-    if (cable_ != nullptr) cable_->delivery.deliverSysex(bytes);
+    if (!SysexFitsWire(bytes)) {
+      CountDroppedMessage();
+    } else if (cable_ != nullptr) {
+      cable_->delivery.deliverSysex(bytes);
+    }
     MarkHeaderDone(header);
     notify(MOM_DONE, reinterpret_cast<uintptr_t>(&header));
     return MMSYSERR_NOERROR;

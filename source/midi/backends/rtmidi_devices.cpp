@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <mutex>
 
+#include "midi/backends/wire_check.h"
 #include "midi/midi_event.h"
 
 using namespace platform;
@@ -88,6 +89,10 @@ class RtOutPort final : public MidiOutPort {
     const auto status = static_cast<uint8_t>(word);
     // A meta event or a lone data byte is no message for a device.
     if (status < 0x80 || status == 0xF0) return MMSYSERR_NOERROR;
+    if (!ShortMessageFitsWire(word)) {
+      CountDroppedMessage();
+      return MMSYSERR_NOERROR;
+    }
     const unsigned char bytes[3] = {status, static_cast<unsigned char>(word >> 8),
                                     static_cast<unsigned char>(word >> 16)};
     midi_.sendMessage(bytes, 1 + static_cast<std::size_t>(MidiDataBytes(status)));
@@ -95,9 +100,13 @@ class RtOutPort final : public MidiOutPort {
   }
 
   uint32_t longMsg(MidiHeader& header) override {
-    midi_.sendMessage(header.lpData, header.dwBufferLength);
-    const uint32_t result = errors_.take();
-    if (result != MMSYSERR_NOERROR) return result;
+    if (SysexFitsWire({header.lpData, header.dwBufferLength})) {
+      midi_.sendMessage(header.lpData, header.dwBufferLength);
+      const uint32_t result = errors_.take();
+      if (result != MMSYSERR_NOERROR) return result;
+    } else {
+      CountDroppedMessage();
+    }
     MarkHeaderDone(header);
     notify(MOM_DONE, reinterpret_cast<uintptr_t>(&header));
     return MMSYSERR_NOERROR;

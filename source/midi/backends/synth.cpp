@@ -1,4 +1,5 @@
 #include "midi/backends/synth.h"
+#include "midi/backends/wire_check.h"
 
 #include <alsa/asoundlib.h>
 #include <fluidsynth.h>
@@ -119,6 +120,10 @@ class SynthPort final : public MidiOutPort {
       : engine_(std::move(engine)), callback_(callback), instance_(instance) {}
 
   uint32_t shortMsg(uint32_t word) override {
+    if (!ShortMessageFitsWire(word)) {
+      CountDroppedMessage();
+      return MMSYSERR_NOERROR;
+    }
     engine_->atTimeNow([&] { engine_->play(word); });
     return MMSYSERR_NOERROR;
   }
@@ -126,7 +131,9 @@ class SynthPort final : public MidiOutPort {
   uint32_t longMsg(MidiHeader& header) override {
     // A whole message, 0xF0 to 0xF7, goes to the synthesizer; a part of one means nothing to it.
     const uint32_t length = header.dwBufferLength;
-    if (length >= 2 && header.lpData[0] == 0xF0 && header.lpData[length - 1] == 0xF7) {
+    const bool fits = SysexFitsWire({header.lpData, length});
+    if (!fits) CountDroppedMessage();
+    if (fits && length >= 2 && header.lpData[0] == 0xF0 && header.lpData[length - 1] == 0xF7) {
       engine_->atTimeNow([&] {
         fluid_synth_sysex(engine_->synth, reinterpret_cast<const char*>(header.lpData + 1),
                           static_cast<int>(length - 2), nullptr, nullptr, nullptr, 0);
