@@ -9,6 +9,7 @@
 #include "generator/byte_io.h"
 #include "generator/raw_files.h"
 #include "midi/live_devices.h"
+#include "platform/file_io.h"
 #include "song/song_tempo.h"
 #include "support/generator_fixture.h"
 
@@ -207,13 +208,13 @@ TEST_F(SetupFilesTest, LoadingAnotherSeedChangesTheSequenceAtOnce) {
 
 TEST_F(SetupFilesTest, AFailedSaveLeavesTheOldFileAndSaysSo) {
   ASSERT_EQ(SaveParameterFile(path("keep.vlm")), 1);
-  const auto old = ReadWholeFile(path("keep.vlm"));
+  const auto old = platform::ReadWholeFile(path("keep.vlm"));
   fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
   const bool canWriteAnyway = ::geteuid() == 0;  // root writes through permissions
   if (!canWriteAnyway) {
     Seed = 42;
     EXPECT_EQ(SaveParameterFile(path("keep.vlm")), 0);
-    EXPECT_EQ(ReadWholeFile(path("keep.vlm")), old);
+    EXPECT_EQ(platform::ReadWholeFile(path("keep.vlm")), old);
     ASSERT_EQ(prompts.shown().size(), 1u);
   }
   fs::permissions(folder, fs::perms::owner_all);
@@ -347,7 +348,7 @@ TEST_F(SetupFilesTest, ASavedFunctionComesBackUnchanged) {
   std::array<int8_t, 5> curve{0, 127, 64, 3, 100};
   prompts.planFile(path("s.bin"));
   ASSERT_EQ(WriteFunctionFile(nullptr, curve), 1);
-  EXPECT_EQ(ReadWholeFile(path("s.bin"))->size(), 10u);
+  EXPECT_EQ(platform::ReadWholeFile(path("s.bin")).bytes.size(), 10u);
   std::array<int8_t, 5> back{};
   ASSERT_EQ(LoadFunctionFile(path("s.bin"), back), 1);
   EXPECT_EQ(back, curve);

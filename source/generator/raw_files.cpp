@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "generator/byte_io.h"
-#include "generator/setup_files.h"
+#include "platform/file_io.h"
 #include "platform/prompts.h"
 
 using namespace platform;
@@ -36,11 +36,8 @@ std::optional<std::string> choose(std::string& directory, bool open) {
 // clip(i), which tells whether it changed the element; the messages follow.
 template <class Store, class Clip>
 int loadRaw(const std::string& path, std::size_t n, Store&& store, Clip&& clip) {
-  const auto bytes = ReadWholeFile(path);
-  if (!bytes) {
-    say("Could not open file.");
-    return 0;
-  }
+  const auto bytes = ReadFileOrSay(path, {"Could not open file.", "Velmora", MB_OK});
+  if (!bytes) return 0;
   const std::size_t size = bytes->size() / 2;
   const std::size_t got = std::min(size, n);
   ByteReader in(*bytes);

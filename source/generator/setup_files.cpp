@@ -1,9 +1,9 @@
 #include "generator/setup_files.h"
 
-#include <cstdio>
+#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <new>
+#include <optional>
 
 #include "generator/boards.h"
 #include "generator/byte_io.h"
@@ -12,6 +12,7 @@
 #include "generator/generator_tick.h"
 #include "midi/live_devices.h"
 #include "midi/sync_clock.h"
+#include "platform/file_io.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
 #include "song/clock_placing.h"
@@ -130,9 +131,7 @@ std::optional<std::string> choose(const char* title, bool open) {
 
 // The file's contents, or a message and nothing when it cannot be read.
 std::optional<std::vector<uint8_t>> readOrSay(const std::string& path) {
-  auto bytes = ReadWholeFile(path);
-  if (!bytes) stop("Could not open file.");
-  return bytes;
+  return ReadFileOrSay(path, {"Could not open file.", "Velmora", MB_ICONSTOP});
 }
 
 int saveOrSay(const std::string& path, const std::vector<uint8_t>& bytes) {
@@ -145,33 +144,6 @@ int saveOrSay(const std::string& path, const std::vector<uint8_t>& bytes) {
 }
 
 }  // namespace
-
-std::optional<std::vector<uint8_t>> ReadWholeFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
-  std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (file.bad()) return std::nullopt;
-  return bytes;
-}
-
-bool WriteFileSafely(const std::string& path, std::span<const uint8_t> bytes) {
-  const std::string partial = path + ".partial";
-  {
-    std::ofstream file(partial, std::ios::binary | std::ios::trunc);
-    if (!file) return false;
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    file.flush();
-    if (!file) {
-      file.close();
-      std::remove(partial.c_str());
-      return false;
-    }
-  }
-  std::error_code error;
-  std::filesystem::rename(partial, path, error);
-  if (error) std::remove(partial.c_str());
-  return !error;
-}
 
 std::vector<uint8_t> ParameterFileBytes() {
   ByteWriter out;

@@ -6,8 +6,6 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -32,8 +30,3 @@ int SaveParameterFile(const std::string& path);
 // The file's bytes for the live set-up, and for a stored bank.
 std::vector<uint8_t> ParameterFileBytes();
 std::vector<uint8_t> BankFileBytes(const Bank& bank);
-// The whole of a file, or nothing if it cannot be read.
-std::optional<std::vector<uint8_t>> ReadWholeFile(const std::string& path);
-// Writes beside the target and renames over it only when complete, so that a
-// failure leaves the old file as it was. False on any failure.
-bool WriteFileSafely(const std::string& path, std::span<const uint8_t> bytes);

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <new>
 
+#include "platform/file_io.h"
 
 namespace {
 
@@ -331,23 +330,32 @@ uint32_t OpenSMF(SmfFile** smf, const char* path, uint32_t* format, uint8_t mode
     return s.trackCount;
   }
   if (mode == 'r') {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return SMF_FAILED;
-    const uint32_t tracks = OpenSMFImage(
-        smf, std::vector<uint8_t>(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()), format);
+    platform::FileContents file = platform::ReadWholeFile(path);
+    if (!file.ok()) return SMF_FAILED;
+    const uint32_t tracks = OpenSMFImage(smf, std::move(file.bytes), format);
     if (tracks != SMF_FAILED) (*smf)->path = path;
     return tracks;
   }
   if (mode != 'w') return SMF_FAILED;
+  std::FILE* file = std::fopen(path, "w+b");
+  if (file == nullptr) return SMF_FAILED;
+  const uint32_t opened = OpenSMFWriter(smf, file, format);
+  if (opened == SMF_FAILED) {
+    std::fclose(file);
+    return SMF_FAILED;
+  }
+  (*smf)->path = path;
+  (*smf)->ownsFile = true;
+  return opened;
+}
+
+uint32_t OpenSMFWriter(SmfFile** smf, std::FILE* file, uint32_t* format) {
+  if (smf == nullptr || file == nullptr || format == nullptr) return SMF_FAILED;
   auto* s = new (std::nothrow) SmfFile;
   if (s == nullptr) return SMF_FAILED;
   s->mode = 'w';
-  s->path = path;
-  s->file = std::fopen(path, "w+b");
-  if (s->file == nullptr) {
-    delete s;
-    return SMF_FAILED;
-  }
+  s->file = file;
+  s->ownsFile = false;
   s->format = static_cast<uint16_t>(*format);
   s->division = 480;
   s->currentTrack = 0xFFFFFFFFu;
@@ -388,7 +396,7 @@ uint32_t CloseSMF(SmfFile** smf) {
   bool failed = s.writeFailed;
   if (s.file != nullptr) {
     if (s.mode == 'w' && (std::fflush(s.file) != 0 || std::ferror(s.file) != 0)) failed = true;
-    if (std::fclose(s.file) != 0 && s.mode == 'w') failed = true;
+    if (s.ownsFile && std::fclose(s.file) != 0 && s.mode == 'w') failed = true;
   }
   delete *smf;
   *smf = nullptr;
@@ -396,7 +404,7 @@ uint32_t CloseSMF(SmfFile** smf) {
 }
 
 uint32_t SuspendSMF(SmfFile* smf) {
-  if (smf == nullptr || smf->file == nullptr) return 0;
+  if (smf == nullptr || smf->file == nullptr || !smf->ownsFile) return 0;
   const int result = std::fclose(smf->file);
   smf->file = nullptr;
   return static_cast<uint32_t>(result);

@@ -64,12 +64,16 @@ struct SmfFile {
   uint32_t chunkLength = 0;
   uint8_t runningStatus = 0;
   bool writeFailed = false;  // a write came up short
+  bool ownsFile = true;      // false: the caller closes the file (OpenSMFWriter)
   std::vector<SmfTrackSettings> songTracks;  // writing: each song track's settings
 };
 
 uint32_t OpenSMF(SmfFile** smf, const char* path, uint32_t* format, uint8_t mode);
 // Opens for reading a file image already in memory, as OpenSMF does a file.
 uint32_t OpenSMFImage(SmfFile** smf, std::vector<uint8_t> image, uint32_t* format);
+// Opens for writing, as OpenSMF does with 'w', a file that the caller has
+// open, empty, for reading and writing; CloseSMF flushes it and leaves it open.
+uint32_t OpenSMFWriter(SmfFile** smf, std::FILE* file, uint32_t* format);
 // Closes the handle; SMF_FAILED when a file being written did not take every
 // byte, so that a caller can keep its old file (the writers themselves go on).
 uint32_t CloseSMF(SmfFile** smf);

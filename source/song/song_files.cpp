@@ -9,6 +9,7 @@
 #include "midi/live_devices.h"
 #include "midi/sync_clock.h"
 #include "midi/transport_words.h"
+#include "platform/file_io.h"
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
@@ -368,18 +369,21 @@ void OpenSongDialog() {
   const auto path = p->openFileName(dialog);
   if (!path) return;
   MidiFilesDir = folderOf(*path);
-  LoadSong(*path);
-  SongTitle = *path;  // whatever the load did
+  if (!LoadSong(*path)) return;
+  SongTitle = *path;  // whatever the load made of the file
   ShowSongTitle();
 }
 
-void LoadSong(const std::string& path) {
-  if (SavePrompt() == 0) return;
+bool LoadSong(const std::string& path) {
+  if (SavePrompt() == 0) return true;
+  const LoaderMessage invalid{"Invalid file format", "Error", MB_ICONSTOP};
+  auto image = ReadFileOrSay(path, invalid);
+  if (!image) return false;
   CloseSMF(&SongReadHandle);
   ResetSong();
   uint32_t format = 0;
-  if (OpenSMF(&SongReadHandle, path.c_str(), &format, 'r') == SMF_FAILED) {
-    ShowMessageBox("Invalid file format", "Error", MB_ICONSTOP);
+  if (OpenSMFImage(&SongReadHandle, std::move(*image), &format) == SMF_FAILED) {
+    ShowMessageBox(invalid.text, invalid.title, invalid.style);
     SongReadHandle = nullptr;
   } else {
     loadOpenedFile(SongReadHandle, format);
@@ -389,31 +393,21 @@ void LoadSong(const std::string& path) {
   SongDirty = 0;
   if (TracksOpen == 1 && TracksList != nullptr) TracksList->repaint();
   if (LyricsOpen == 1 && LyricsEdit != nullptr) LyricsEdit->setText(LyricText ? LyricText.get() : "");
+  return true;
 }
 
 int WriteSong(const std::string& path) {
-  std::string partial = path;
-  partial += ".partial";
-  SmfFile* smf = nullptr;
-  uint32_t format = 1;
-  if (OpenSMF(&smf, partial.c_str(), &format, 'w') == SMF_FAILED) {
-    CloseSMF(&smf);
-    return 0;
-  }
-  SetSMFResolution(smf, TheClock != nullptr ? GetResolution(TheClock) : SongResolution.load());
-  writeTrack(smf, 0, TempoTrack);
-  writeTimeSignature(smf);
-  writeSongTracks(smf);
-  std::error_code error;
-  if (CloseSMF(&smf) != 0) {
-    std::filesystem::remove(partial, error);
-    return 0;
-  }
-  std::filesystem::rename(partial, path, error);
-  if (error) {
-    std::filesystem::remove(partial, error);
-    return 0;
-  }
+  const bool saved = SaveFileSafely(path, [](std::FILE* file) {
+    SmfFile* smf = nullptr;
+    uint32_t format = 1;
+    if (OpenSMFWriter(&smf, file, &format) == SMF_FAILED) return false;
+    SetSMFResolution(smf, TheClock != nullptr ? GetResolution(TheClock) : SongResolution.load());
+    writeTrack(smf, 0, TempoTrack);
+    writeTimeSignature(smf);
+    writeSongTracks(smf);
+    return CloseSMF(&smf) == 0;
+  });
+  if (!saved) return 0;
   SongDirty = 0;
   return 1;
 }

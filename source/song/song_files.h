@@ -23,12 +23,14 @@ void ResetSong();
 int SavePrompt();
 void NewSong();
 void OpenSongDialog();
-// Replaces the song with a file's. The old song is gone before the file is
-// looked at; a file that cannot be read leaves an empty song.
-void LoadSong(const std::string& path);
+// Replaces the song with a file's. A file that cannot be read is said so and
+// changes nothing: false. Once it is read the old song is gone, and a file
+// that is no MIDI file leaves an empty song. True also when the user cancels
+// at the question that guards unsaved work.
+bool LoadSong(const std::string& path);
 void SaveSong();
 void SaveSongAs();
 // Writes the song as a format 1 file: 1 when written, 0 when not. The file
-// is written beside its target and renamed over it only when complete, so a
-// failed save leaves the old file as it was.
+// is saved through SaveFileSafely, so a failed save leaves the old file as
+// it was, and a save to a symbolic link replaces the file it leads to.
 int WriteSong(const std::string& path);

@@ -20,6 +20,7 @@
 #include "midi/sync_clock.h"
 #include "midi/transport_words.h"
 #include "platform/command_ids.h"
+#include "platform/file_io.h"
 #include "platform/installed_seams.h"
 #include "platform/message_loop.h"
 #include "platform/prompts.h"
@@ -167,14 +168,22 @@ void startUpState() {
   SongResolution = 120;
 }
 
+// The line for a file that could not be read, with the system's reason once it has opened.
+std::string cannotRead(const char* kind, const std::string& path, const FileContents& file) {
+  std::string error = std::string("cannot read the ") + kind + " '" + path + "'";
+  if (file.failure != ReadFailure::CannotOpen) error += ": " + file.reason;
+  return error;
+}
+
 // The first four bytes of a file, to tell a parameter file from anything else.
 bool checkParameterFile(const std::string& path, std::string& error) {
-  const auto bytes = ReadWholeFile(path);
-  if (!bytes) {
-    error = "cannot read the parameter file '" + path + "'";
+  const FileContents file = ReadWholeFile(path);
+  if (!file.ok()) {
+    error = cannotRead("parameter file", path, file);
     return false;
   }
-  if (bytes->size() < 4 || std::memcmp(bytes->data(), "VLhd", 4) != 0) {
+  const std::vector<uint8_t>& bytes = file.bytes;
+  if (bytes.size() < 4 || std::memcmp(bytes.data(), "VLhd", 4) != 0) {
     error = "'" + path + "' is not a Velmora parameter file (it does not begin with VLhd)";
     return false;
   }
@@ -261,8 +270,8 @@ uint32_t openInput(const RenderOptions& options, TransportWindow& controlBar, st
 // A song loaded, saved if asked, and played until its end stops the transport.
 void playSong(const RenderOptions& options, Runner& runner, TransportWindow& controlBar, QuietPrompts& prompts,
               std::string& error) {
-  if (!ReadWholeFile(options.song)) {
-    error = "cannot read the MIDI file '" + options.song + "'";
+  if (const FileContents file = ReadWholeFile(options.song); !file.ok()) {
+    error = cannotRead("MIDI file", options.song, file);
     return;
   }
   LoadSong(options.song);
@@ -412,6 +421,11 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
 
 bool Render(const RenderOptions& options, std::string& error) {
   if (!options.params.empty() && !checkParameterFile(options.params, error)) return false;
+  // Before the synthesizer opens, whose failure to create the file would read as a device's.
+  if (!options.wav.empty() && !CanWriteFile(options.wav)) {
+    error = "cannot write the WAV file '" + options.wav + "'";
+    return false;
+  }
 
   Log log;
   if (!options.log.empty() && !log.open(options.log)) {
