@@ -10,8 +10,8 @@ corpus/raw_file/    raw curves: 16-bit little-endian values of the lengths of
 corpus/render_args/ velmora-render command lines, one argument per NUL-ended
                     string: the usage's forms and near misses.
 
-Run it from this folder; the files it writes are committed beside it. The MIDI
-file corpus (corpus/smf/) is made by hand.
+Run it from this folder; the files it writes are committed beside it. It does
+not write the MIDI file corpus, corpus/smf/.
 """
 
 import math
