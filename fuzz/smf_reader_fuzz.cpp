@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <vector>
 
 #include "smf/smf.h"
@@ -19,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     ReadSMF(smf, t, events.data(), static_cast<uint32_t>(events.size()));
     const uint8_t* meta = nullptr;
     uint32_t length = 0;
-    for (uint8_t type : {1, 3, 5, 81, 88, 126}) {
+    for (const uint8_t type : std::initializer_list<uint8_t>{1, 3, 5, 81, 88, 126}) {
       for (int i = 0; i < 4 && ReadMetaEvent(smf, t, type, &meta, &length) != SMF_FAILED; ++i) {
       }
     }
