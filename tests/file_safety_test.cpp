@@ -23,6 +23,7 @@
 #include "platform/file_io.h"
 #include "render/render.h"
 #include "support/generator_fixture.h"
+#include "support/render_child.h"
 #include "support/song_bench.h"
 
 namespace {
@@ -433,28 +434,13 @@ TEST(RenderFiles, TheCheckOfAWavLeavesNoFileBehind) {
   EXPECT_FALSE(platform::CanWriteFile(scratch.root.string())) << "a folder";
 }
 
-struct Finished {
-  int status = -1;   // the exit status, or -1 for a program that did not exit
-  std::string said;  // its standard error
-};
-
-std::string quoted(const std::string& text) { return "'" + text + "'"; }
-
-Finished runRender(const Scratch& scratch, const std::string& arguments) {
-  const std::string said = scratch.path("stderr");
-  const std::string command = quoted(VELMORA_RENDER) + " " + arguments + " >/dev/null 2>" + quoted(said);
-  const int status = std::system(command.c_str());
-  const auto bytes = bytesOf(said);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, std::string(bytes.begin(), bytes.end())};
-}
-
 TEST(RenderFiles, TheProgramGivenAFolderExitsWithStatus1AndSaysWhy) {
   const Scratch scratch;
   const std::string folder = scratch.root.string();
-  auto finished = runRender(scratch, "--song " + quoted(folder));
+  auto finished = runRender(scratch.root.string(), "--song " + quoted(folder));
   EXPECT_EQ(finished.status, 1);
   EXPECT_EQ(finished.said, "velmora-render: cannot read the MIDI file '" + folder + "': Is a directory\n");
-  finished = runRender(scratch, "--params " + quoted(folder));
+  finished = runRender(scratch.root.string(), "--params " + quoted(folder));
   EXPECT_EQ(finished.status, 1);
   EXPECT_EQ(finished.said, "velmora-render: cannot read the parameter file '" + folder + "': Is a directory\n");
 }
@@ -462,7 +448,7 @@ TEST(RenderFiles, TheProgramGivenAFolderExitsWithStatus1AndSaysWhy) {
 TEST(RenderFiles, TheProgramGivenAWavInAMissingFolderExitsWithStatus1AndSaysWhy) {
   const Scratch scratch;
   const std::string wav = scratch.path("missing/x.wav");
-  const auto finished = runRender(scratch, "--seconds 1 --wav " + quoted(wav));
+  const auto finished = runRender(scratch.root.string(), "--seconds 1 --wav " + quoted(wav));
   EXPECT_EQ(finished.status, 1);
   EXPECT_EQ(finished.said, "velmora-render: cannot write the WAV file '" + wav + "'\n");
 }

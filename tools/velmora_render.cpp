@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "midi/backends/wire_check.h"
 #include "render/render.h"
 
 int main(int argc, char** argv) {
@@ -21,9 +22,12 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "velmora-render: %s\n", error.c_str());
     return 2;
   }
-  if (!Render(*options, error)) {
-    std::fprintf(stderr, "velmora-render: %s\n", error.c_str());
-    return 1;
+  const RenderEnd end = RenderRun(*options, error);
+  if (end != RenderEnd::Done) std::fprintf(stderr, "velmora-render: %s\n", error.c_str());
+  if (const uint64_t dropped = DroppedMessages(); dropped > 0) {
+    std::fprintf(stderr, "velmora-render: %llu messages with a data byte of 0x80 or above were not sent to the device\n",
+                 static_cast<unsigned long long>(dropped));
   }
-  return 0;
+  // Ended by a signal, as a shell expects: 128 and the signal's number.
+  return end == RenderEnd::Interrupted ? 128 + RenderInterruptSignal() : static_cast<int>(end);
 }

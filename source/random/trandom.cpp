@@ -1,5 +1,6 @@
 #include "random/trandom.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 
@@ -25,13 +26,21 @@ void step3() { ix3 = (ix3 * IA3 + IC3) % M3; }
 
 double tableValue() { return (ix1 + ix2 * RM2) * RM1; }
 
-// Only the error stream is told: this runs on the timer thread, where no box can be shown.
+std::atomic<InternalErrorHandler> internalErrorHandler{nullptr};
+
+// The error stream is told first: this runs on the timer thread, where no box
+// can be shown; a handler that the application installed takes it from there.
 [[noreturn]] void internalError() {
-  std::fprintf(stderr, "tdrand() INTERNAL ERROR: %s\n", "source\\trandom");
+  const char* line = "tdrand() INTERNAL ERROR: source\\trandom";
+  std::fprintf(stderr, "%s\n", line);
+  std::fflush(stderr);
+  if (InternalErrorHandler handler = internalErrorHandler.load()) handler(line);
   std::exit(1);
 }
 
 }  // namespace
+
+void SetInternalErrorHandler(InternalErrorHandler handler) { internalErrorHandler.store(handler); }
 
 void tdseed(int32_t seed) {
   // A seed above 2147428874 wraps here, as 32-bit addition does.

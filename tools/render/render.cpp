@@ -1,11 +1,15 @@
 #include "render.h"
 
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <thread>
+
+#include <signal.h>
 
 #include "generator/bank.h"
 #include "generator/control_panel.h"
@@ -26,6 +30,7 @@
 #include "platform/prompts.h"
 #include "platform/timers.h"
 #include "platform/view_registry.h"
+#include "random/trandom.h"
 #include "smf/smf.h"
 #include "song/clock_placing.h"
 #include "song/song_files.h"
@@ -190,8 +195,50 @@ bool checkParameterFile(const std::string& path, std::string& error) {
   return true;
 }
 
-// Runs the clock while a condition holds, for at most some seconds: in real
-// time, or pass by pass on the virtual timer with the messages delivered.
+// ---- interruption: SIGINT, SIGTERM and SIGHUP end a run cleanly ----
+
+std::atomic<int> interruptedBy{0};
+static_assert(std::atomic<int>::is_always_lock_free, "set from a signal handler");
+
+extern "C" void noteInterrupt(int signal) { interruptedBy.store(signal, std::memory_order_relaxed); }
+
+bool interrupted() { return interruptedBy.load(std::memory_order_relaxed) != 0; }
+
+// Catches the three signals while it lives, and puts the earlier handlers back.
+class InterruptCatcher {
+ public:
+  InterruptCatcher() {
+    interruptedBy = 0;
+    struct sigaction action {};
+    action.sa_handler = noteInterrupt;
+    sigemptyset(&action.sa_mask);
+    for (std::size_t i = 0; i < Signals.size(); ++i) sigaction(Signals[i], &action, &earlier_[i]);
+  }
+  ~InterruptCatcher() {
+    for (std::size_t i = 0; i < Signals.size(); ++i) sigaction(Signals[i], &earlier_[i], nullptr);
+  }
+  InterruptCatcher(const InterruptCatcher&) = delete;
+  InterruptCatcher& operator=(const InterruptCatcher&) = delete;
+
+ private:
+  static constexpr std::array<int, 3> Signals{SIGINT, SIGTERM, SIGHUP};
+  std::array<struct sigaction, 3> earlier_{};
+};
+
+// After an interruption: the transport stops as Stop stops it (a take is
+// kept), the clock stops, which ends every sounding note, and the
+// controllers go back to their rest.
+void endInterruptedRun(TransportWindow& controlBar) {
+  if (Playing == 1 || Recording == 1) send(&controlBar, WM_COMMAND, CMD_STOP, 0);  // "Keep take?" is answered Yes
+  Generating = 0;
+  Draining = 0;
+  StopSync(TheClock);
+  ResetNotesAndControllers(TheMidiOut);
+}
+
+// Runs the clock while a condition holds, for at most some seconds, or until
+// a signal interrupts the run: in real time, or pass by pass on the virtual
+// timer with the messages delivered.
 struct Runner {
   bool realtime;
   VirtualTimers& virtualTimers;
@@ -201,12 +248,12 @@ struct Runner {
   void runWhile(Condition running, double seconds) {
     if (realtime) {
       const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-      while (running() && std::chrono::steady_clock::now() < end)
+      while (!interrupted() && running() && std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
       return;
     }
     const uint64_t endMs = uint64_t{virtualTimers.timeMs()} + static_cast<uint64_t>(seconds * 1000);
-    while (running() && virtualTimers.timeMs() < endMs) {
+    while (!interrupted() && running() && virtualTimers.timeMs() < endMs) {
       virtualTimers.step();
       manualLoop.pump();
     }
@@ -215,7 +262,7 @@ struct Runner {
 
 // The generator button pressed for the given seconds, then the drain.
 void playGenerator(const RenderOptions& options, Runner& runner, TransportWindow& controlBar, QuietPrompts& prompts,
-                   std::string& error) {
+                   std::string& error, bool& refused) {
   if (!options.params.empty() && LoadParameterFile(nullptr, options.params) == 0) {
     error = "cannot load '" + options.params + "': " + prompts.last;
     return;
@@ -226,6 +273,13 @@ void playGenerator(const RenderOptions& options, Runner& runner, TransportWindow
     SetResolution(TheClock, static_cast<int32_t>(*options.resolution));
   }
   if (options.seed) Seed = *options.seed;
+  if (!SeedInRange(Seed)) {
+    error = "the set-up file '" + options.params + "' has the seed " + std::to_string(Seed.load()) +
+            ", which the random source cannot take: give one from " + std::to_string(SeedMin) + " to " +
+            std::to_string(SeedMax) + " with --seed";
+    refused = true;
+    return;
+  }
   if (options.nonPeriodic) FunctionsPeriodic = 0;
   RefreshControlPanel(nullptr);
   CommitPanelFromBank();
@@ -236,7 +290,7 @@ void playGenerator(const RenderOptions& options, Runner& runner, TransportWindow
   const auto running = [] { return Generating == 1 || Draining == 1; };
   runner.runWhile(running, options.seconds);
   // A non-periodic run may have ended by itself.
-  if (Generating == 1) send(&controlBar, WM_COMMAND, CMD_GENERATE, 0);
+  if (Generating == 1 && !interrupted()) send(&controlBar, WM_COMMAND, CMD_GENERATE, 0);
   runner.runWhile(running, MaxDrainMs / 1000.0);
   if (running()) {  // cut short: what still sounds is ended
     Generating = 0;
@@ -291,11 +345,11 @@ void playSong(const RenderOptions& options, Runner& runner, TransportWindow& con
 }
 
 void run(const RenderOptions& options, Runner& runner, TransportWindow& controlBar, QuietPrompts& prompts,
-         std::string& error) {
+         std::string& error, bool& refused) {
   if (options.record) {
     recordInput(options, runner, controlBar);
   } else if (options.song.empty()) {
-    playGenerator(options, runner, controlBar, prompts, error);
+    playGenerator(options, runner, controlBar, prompts, error, refused);
   } else {
     playSong(options, runner, controlBar, prompts, error);
   }
@@ -335,8 +389,9 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
                           : options.save) = text;
     } else if (flag == "--seed") {
       if (!value(text)) return std::nullopt;
-      if (!wholeNumber(text, whole) || whole < INT32_MIN || whole > INT32_MAX) {
-        error = "--seed takes a whole number from -2147483648 to 2147483647, not '" + text + "'";
+      if (!wholeNumber(text, whole) || !SeedInRange(whole)) {
+        error = "--seed takes a whole number from " + std::to_string(SeedMin) + " to " + std::to_string(SeedMax) +
+                " (the random source's range), not '" + text + "'";
         return std::nullopt;
       }
       options.seed = static_cast<int32_t>(whole);
@@ -419,18 +474,22 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
   return options;
 }
 
-bool Render(const RenderOptions& options, std::string& error) {
-  if (!options.params.empty() && !checkParameterFile(options.params, error)) return false;
+bool Render(const RenderOptions& options, std::string& error) { return RenderRun(options, error) == RenderEnd::Done; }
+
+RenderEnd RenderRun(const RenderOptions& options, std::string& error) {
+  bool refused = false;
+  const InterruptCatcher catcher;
+  if (!options.params.empty() && !checkParameterFile(options.params, error)) return RenderEnd::Failed;
   // Before the synthesizer opens, whose failure to create the file would read as a device's.
   if (!options.wav.empty() && !CanWriteFile(options.wav)) {
     error = "cannot write the WAV file '" + options.wav + "'";
-    return false;
+    return RenderEnd::Failed;
   }
 
   Log log;
   if (!options.log.empty() && !log.open(options.log)) {
     error = "cannot write the log '" + options.log + "'";
-    return false;
+    return RenderEnd::Failed;
   }
 
   // Devices: a real one in real time, the synthesizer for a WAV, else nowhere.
@@ -481,13 +540,14 @@ bool Render(const RenderOptions& options, std::string& error) {
     error = "cannot open output device " + std::to_string(out) + ": " + midiInGetErrorText(opened);
     CloseSync(&TheClock);
     ControlBarWindow = nullptr;
-    return false;
+    return RenderEnd::Failed;
   }
   ResetSong();  // 120 ticks a quarter at 60 beats a minute
 
   Runner runner{options.realtime, virtualTimers, manualLoop};
   if (!options.midi.empty()) openInput(options, controlBar, error);
-  if (error.empty()) run(options, runner, controlBar, prompts, error);
+  if (error.empty()) run(options, runner, controlBar, prompts, error, refused);
+  if (interrupted()) endInterruptedRun(controlBar);
   if (!options.realtime) virtualTimers.advance(1000);  // a second for the last notes to ring out
   if (!options.midi.empty() && error.empty() && WriteSong(options.midi) == 0) {
     error = "cannot write the MIDI file '" + options.midi + "'";
@@ -502,5 +562,13 @@ bool Render(const RenderOptions& options, std::string& error) {
   ControlBarWindow = nullptr;
   ClockHooks = {};
   if (!log.close() && error.empty()) error = "cannot write the log '" + options.log + "'";
-  return error.empty();
+  if (error.empty() && interrupted()) {
+    error = std::string("stopped by SIG") + sigabbrev_np(interruptedBy.load()) +
+            ": every sounding note was ended, and what the run made was written";
+    return RenderEnd::Interrupted;
+  }
+  if (error.empty()) return RenderEnd::Done;
+  return refused ? RenderEnd::Refused : RenderEnd::Failed;
 }
+
+int RenderInterruptSignal() { return interruptedBy.load(); }

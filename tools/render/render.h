@@ -34,7 +34,18 @@ struct RenderOptions {
 // Reads the command line; nothing, with the reason in error, if it is wrong.
 std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>& arguments, std::string& error);
 
+// How a run ended: the program's exit status.
+enum class RenderEnd { Done = 0, Failed = 1, Refused = 2, Interrupted = 3 };
+
 // Runs it; false with one clear line in error when something fails.
 bool Render(const RenderOptions& options, std::string& error);
+// The same, telling a run that failed from one refused before it began (a
+// set-up file's seed that the random source cannot take), which is the
+// command line's fault as a wrong argument is.
+RenderEnd RenderRun(const RenderOptions& options, std::string& error);
+// While a run goes, SIGINT, SIGTERM and SIGHUP stop it cleanly: the clock
+// stops, every sounding note ends, the controllers are reset, the take is kept
+// and written, the log flushed; the run then ends as Interrupted, by this signal.
+int RenderInterruptSignal();
 
 extern const char* RenderUsage;
