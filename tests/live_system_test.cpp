@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "generator/bank.h"
 #include "live/settings_dialogs.h"
 #include "midi/live_devices.h"
@@ -216,6 +218,31 @@ TEST_F(LiveSystem, TheStoredDevicesAreOpened) {
   EXPECT_EQ(MidiOutDevice, 1u);
   EXPECT_TRUE(devices.loopback.inputStarted(2));
   EXPECT_TRUE(devices.loopback.outputOpen(1));
+}
+
+TEST_F(LiveSystem, ClosingEndsEverySoundingNoteAndResetsTheControllersBeforeTheOutputCloses) {
+  storeUser("Out Device", SettingsValue::word(1));  // its cable leads to an input nobody opened: no thru echo
+  start();
+  MidiOutNow(TheMidiOut, 0x92, 64, 100);
+  devices.loopback.clearSent(1);
+  stop();
+  std::vector<uint32_t> words;
+  for (const auto& sent : devices.loopback.sent(1)) words.push_back(sent.word);
+  ASSERT_FALSE(words.empty());
+  EXPECT_NE(std::find(words.begin(), words.end(), 0x004092u), words.end()) << "the note ends";
+  for (uint32_t channel = 0; channel < 16; ++channel) {
+    EXPECT_NE(std::find(words.begin(), words.end(), 0xB0u | channel | 121u << 8), words.end()) << channel;
+  }
+  EXPECT_FALSE(devices.loopback.outputOpen(1));
+}
+
+TEST_F(LiveSystem, TheDevicesDialogSaysHowTheTimerRunsAndWhatWasDropped) {
+  const auto lines = DevicesStatusLines();
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[0].rfind("Timer: ", 0), 0u);
+  EXPECT_EQ(lines[1].rfind("Late timer passes made up: ", 0), 0u);
+  EXPECT_NE(lines[1].find("; skipped after stalls over 200 ms: "), std::string::npos);
+  EXPECT_EQ(lines[2].rfind("Messages dropped for a data byte of 0x80 or above: ", 0), 0u);
 }
 
 TEST_F(LiveSystem, ADeviceThatFailsToOpenShowsItsErrorTextAndTheNextIsTried) {

@@ -190,6 +190,10 @@ void StopLiveSystem() {
   StopMidiIn(TheMidiIn);
   CloseSMF(&SongReadHandle);
   CloseSync(&TheClock);
+  // With no pass left to run, every sounding note ends and the controllers go
+  // back to their rest before the output closes.
+  ResetMidiOut(TheMidiOut);
+  ResetNotesAndControllers(TheMidiOut);
   CloseMidiIn(&TheMidiIn);
   CloseMidiOut(&TheMidiOut);
   freeSong();

@@ -8,12 +8,15 @@
 #include "generator/bank.h"
 #include "live/field_checks.h"
 #include "live/live_system.h"
+#include "midi/backends/wire_check.h"
 #include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
 #include "midi/sync_clock.h"
 #include "midi/transport_words.h"
 #include "platform/command_ids.h"
+#include "platform/realtime.h"
+#include "platform/timers.h"
 #include "platform/view_registry.h"
 #include "song/clock_placing.h"
 #include "song/recording.h"
@@ -253,6 +256,15 @@ void ReopenMidiDevices(uint32_t in, uint32_t out) {
   SetMidiOutFlag(METRONOME_RECORD, countIn);
   SetMidiOutFlag(METRONOME_PLAY, false);
   StartMidiIn(TheMidiIn);
+}
+
+std::vector<std::string> DevicesStatusLines() {
+  const platform::TimerCounts counts = platform::TimerCatchUpCounts();
+  return {"Timer: " + platform::TimerSchedulingText(),
+          "Late timer passes made up: " + std::to_string(counts.caughtUp) +
+              "; skipped after stalls over " + std::to_string(platform::MaxCatchUpMs) + " ms: " +
+              std::to_string(counts.skipped),
+          "Messages dropped for a data byte of 0x80 or above: " + std::to_string(DroppedMessages())};
 }
 
 // ---- From, To, Go to ----

@@ -100,6 +100,9 @@ std::vector<std::string> MidiOutDeviceNames();
 // again as chosen, each failure told in the driver's words. MIDI thru and
 // the metronome on record stay as they were; the metronome on play is off.
 void ReopenMidiDevices(uint32_t in, uint32_t out);
+// The lines under the lists: the scheduling the timer got, the passes it
+// made up for and skipped, and the messages the devices dropped.
+std::vector<std::string> DevicesStatusLines();
 
 // ---- From 106, To 107, Go to 108 (fields shown by TimeText) ----
 

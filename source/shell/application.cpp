@@ -5,6 +5,7 @@
 #include "generator/generator_tick.h"
 #include "platform/midi_devices.h"
 #include "platform/prompts.h"
+#include "shell/ending.h"
 #include "shell/generator/control_panel_window.h"
 #include "shell/song/track_rows.h"
 #include "shell/splash.h"
@@ -50,6 +51,8 @@ int RunVelmora(QApplication& app, const StartOptions& options) {
   std::unique_ptr<MainFrame> frame = StartVelmora(options);
   if (!frame) return 0;
   QApplication::setQuitOnLastWindowClosed(true);
+  ShowInternalErrorsInABox();
+  const SignalCloser closer(frame.get());
   app.exec();
   frame.reset();
   return 0;

@@ -284,8 +284,13 @@ DevicesDialog::DevicesDialog(QWidget* parent) : CenteredDialog(parent, QStringLi
   column(ID_DEVICES_OUT_NAME, ID_DEVICES_OUT_LIST, QStringLiteral("MIDI Out"), MidiOutDeviceNames(), MidiOutDevice,
          outName_, outputs_);
   layout->addLayout(columns);
+  for (const std::string& line : DevicesStatusLines()) {
+    auto* status = new QLabel(text(line), this);
+    status->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    layout->addWidget(status);
+  }
   layout->addWidget(OkCancelButtons(this));
-  resize(620, 320);
+  resize(620, 380);
 }
 
 void DevicesDialog::accept() {
