@@ -100,6 +100,47 @@ TEST_F(MidiOutTest, ADeviceThatIsNeverReadyIsGivenUpOnInTheEnd) {
   EXPECT_TRUE(sentWords().empty());
 }
 
+TEST_F(MidiOutTest, NoteEndingsGoOutInOrderInOneCallAndLeaveTheTableOfSoundingNotes) {
+  openOutputWithoutClock();
+  put(SEND_NOW, 0x90, 60, 100);
+  put(SEND_NOW, 0x92, 64, 100);
+  devices.clearSent();
+  const std::vector<uint32_t> offs{0x003C90, 0x004092, 0x003C90, 0x004392};
+  EndNotesNow(out, offs);
+  EXPECT_EQ(sentWords(), offs);
+  EXPECT_EQ(out->soundingNotes[60].load(), 0u);
+  EXPECT_EQ(out->soundingNotes[64].load(), 0u);
+}
+
+TEST_F(MidiOutTest, NoteEndingsRefusedAsNotReadyAreRetriedAndNoneIsLostOrDoubled) {
+  openOutputWithoutClock();
+  std::vector<uint32_t> offs;
+  for (uint32_t key = 0; key < 40; ++key) offs.push_back(0x90 | key << 8);
+  devices.answerNotReady(5);
+  EndNotesNow(out, offs);
+  EXPECT_EQ(sentWords(), offs);
+}
+
+TEST(MidiOutPort, TheDefaultBurstSendsEachAndStopsAtTheFirstNotReady) {
+  struct Port final : platform::MidiOutPort {
+    std::vector<uint32_t> words;
+    uint32_t shortMsg(uint32_t word) override {
+      if (word == 0xFE) return platform::MIDIERR_NOTREADY;
+      words.push_back(word);
+      return platform::MMSYSERR_NOERROR;
+    }
+    uint32_t longMsg(platform::MidiHeader&) override { return 0; }
+    uint32_t reset() override { return 0; }
+    uint32_t close() override { return 0; }
+  } port;
+  const std::vector<uint32_t> burst{0x90, 0x190, 0xFE, 0x290};
+  std::size_t sent = 99;
+  EXPECT_EQ(port.shortMsgs(burst, sent), platform::MIDIERR_NOTREADY);
+  EXPECT_EQ(sent, 2u);
+  EXPECT_EQ(port.shortMsgs(std::span(burst).first(2), sent), platform::MMSYSERR_NOERROR);
+  EXPECT_EQ(sent, 2u);
+}
+
 TEST_F(MidiOutTest, ARepeatedImmediateNoteOnSoundsAndIsThenCut) {
   openOutputWithoutClock();
   put(SEND_NOW, 0x90, 60, 100);

@@ -1,5 +1,10 @@
 #include "platform/timers.h"
 
+#include <linux/capability.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -271,6 +276,55 @@ TEST(ThreadTimers, TheTimerThreadAsksForRealTimeSchedulingAndSaysWhatItGot) {
   const bool fifo = got.rfind("real-time (SCHED_FIFO, priority ", 0) == 0;
   const bool normal = got.rfind("normal priority (SCHED_FIFO refused: ", 0) == 0;
   EXPECT_TRUE(fifo || normal) << got;
+}
+
+// A stand-in for RealtimeKit that grants every request.
+std::atomic<uint64_t> kitThread{0};
+bool grantingKit(uint64_t threadId, uint32_t priority, std::string&) {
+  kitThread = threadId;
+  return priority > 0;
+}
+
+// Takes CAP_SYS_NICE out of the calling thread's effective capabilities (a
+// thread's own), so that SCHED_FIFO is refused to it as to a user without a limit.
+void dropSchedulingPrivilege() {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct data[2]{};
+  if (syscall(SYS_capget, &header, data) != 0) return;
+  data[CAP_SYS_NICE / 32].effective &= ~(1u << (CAP_SYS_NICE % 32));
+  syscall(SYS_capset, &header, data);
+}
+
+TEST(RealtimeScheduling, WhereSCHED_FIFOIsRefusedRealtimeKitIsAskedForTheThread) {
+  rlimit saved{};
+  ASSERT_EQ(getrlimit(RLIMIT_RTPRIO, &saved), 0);
+  rlimit none = saved;
+  none.rlim_cur = 0;
+  ASSERT_EQ(setrlimit(RLIMIT_RTPRIO, &none), 0);
+  SetRealtimeKitRequest(grantingKit);
+  std::thread([] {
+    dropSchedulingPrivilege();
+    AskForRealtimeScheduling();
+  }).join();
+  SetRealtimeKitRequest(nullptr);
+  setrlimit(RLIMIT_RTPRIO, &saved);
+  EXPECT_EQ(TimerSchedulingText(), "real-time through RealtimeKit (priority 0)")
+      << "the stand-in kit grants without changing the thread";
+  EXPECT_NE(kitThread.load(), 0u) << "the thread's own id is asked for";
+}
+
+TEST(RealtimeScheduling, WithNeitherTheThreadRunsAtNormalPriorityAndSaysWhy) {
+  rlimit saved{};
+  ASSERT_EQ(getrlimit(RLIMIT_RTPRIO, &saved), 0);
+  rlimit none = saved;
+  none.rlim_cur = 0;
+  ASSERT_EQ(setrlimit(RLIMIT_RTPRIO, &none), 0);
+  std::thread([] {
+    dropSchedulingPrivilege();
+    AskForRealtimeScheduling();
+  }).join();
+  setrlimit(RLIMIT_RTPRIO, &saved);
+  EXPECT_EQ(TimerSchedulingText(), "normal priority (SCHED_FIFO refused: Operation not permitted; RealtimeKit not asked)");
 }
 
 TEST(ThreadTimers, MillisecondTimeMovesWithTheClock) {

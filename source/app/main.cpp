@@ -7,12 +7,14 @@
 #include "platform/installed_seams.h"
 #include "shell/application.h"
 #include "shell/qt_platform.h"
+#include "shell/realtime_kit.h"
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName(QString::fromStdString(ProductName()));
   QApplication::setApplicationVersion(QString::fromStdString(ProductVersion()));
 
+  shell::UseRealtimeKit();  // for the timer's threads, where SCHED_FIFO is refused
   shell::QtMessageLoop loop;
   platform::ThreadTimers timers;
   StandardDevices devices;

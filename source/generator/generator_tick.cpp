@@ -45,7 +45,7 @@ void endChord(SoundingChord& chord) {
     const auto& voice = chord.voices[v];
     offs[v] = uint32_t{static_cast<uint8_t>(0x90 | voice[0])} | uint32_t{voice[1]} << 8;
   }
-  MidiOutNowMany(TheMidiOut, std::span(offs.data(), count));
+  EndNotesNow(TheMidiOut, std::span(offs.data(), count));
   if (Capturing == 1) {
     for (std::size_t v = 0; v < count; ++v) CaptureGeneratorEvent(message(offs[v] & 0xFF, offs[v] >> 8 & 0xFF, 0));
   }

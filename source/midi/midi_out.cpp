@@ -140,6 +140,17 @@ void flushRing(MidiOutHandle* out) {
   }
 }
 
+// A note-off's key and channel leave the table of sounding notes. A locked
+// read-modify-write only when the bit is set: most note-offs of a busy pass
+// end a note that an earlier one already ended.
+inline void noteEnded(MidiOutHandle* out, uint32_t word) {
+  const uint32_t key = word >> 8 & 0xFF;
+  if (key >= 128) return;
+  std::atomic<uint32_t>& entry = out->soundingNotes[key];
+  const uint32_t bit = 1u << (word & 0x0F);
+  if ((entry.load(std::memory_order_relaxed) & bit) != 0) entry.fetch_and(~bit, std::memory_order_relaxed);
+}
+
 // The driver refused the first try as not ready: tries again, a bounded number of times.
 [[gnu::noinline]] uint32_t retryNotReady(MidiOutHandle* out, uint32_t word) {
   uint32_t result = MIDIERR_NOTREADY;
@@ -193,15 +204,14 @@ void NoteSounding(MidiOutHandle* out, uint32_t word) {
   const uint32_t bit = 1u << (word & 0x0F);
   const uint32_t velocity = word >> 16 & 0xFF;
   std::atomic<uint32_t>& entry = out->soundingNotes[key];
-  // A locked read-modify-write only when the bit changes: most note-offs of a
-  // busy pass end a note that an earlier one already ended.
-  const bool sounding = (entry.load(std::memory_order_relaxed) & bit) != 0;
+  // A locked read-modify-write only when the bit changes.
   if (kind == 0x90 && velocity != 0) {
-    if (sounding || (entry.fetch_or(bit, std::memory_order_relaxed) & bit) != 0) {
+    if ((entry.load(std::memory_order_relaxed) & bit) != 0 ||
+        (entry.fetch_or(bit, std::memory_order_relaxed) & bit) != 0) {
       SendShortWithRetry(out, word & ~0x00FF0000u);
     }
-  } else if (sounding) {
-    entry.fetch_and(~bit, std::memory_order_relaxed);
+  } else {
+    noteEnded(out, word);
   }
 }
 
@@ -349,9 +359,17 @@ uint32_t MidiOutNow(MidiOutHandle* out, uint8_t status, uint8_t value1, uint8_t 
   return sendNow(out, uint32_t{status} | uint32_t{value1} << 8 | uint32_t{value2} << 16);
 }
 
-void MidiOutNowMany(MidiOutHandle* out, std::span<const uint32_t> words) {
+void EndNotesNow(MidiOutHandle* out, std::span<const uint32_t> offs) {
   if (out == nullptr) return;
-  for (const uint32_t word : words) sendNow(out, word);
+  if (MidiOutPort* device = out->device) {
+    for (std::size_t done = 0; done < offs.size();) {
+      std::size_t sent = 0;
+      if (device->shortMsgs(offs.subspan(done), sent) != MIDIERR_NOTREADY) break;
+      done += sent;
+      retryNotReady(out, offs[done++]);
+    }
+  }
+  for (const uint32_t word : offs) noteEnded(out, word);
 }
 
 uint32_t MidiOut(MidiOutHandle* out, MidiEvent* event) {

@@ -115,8 +115,10 @@ uint32_t ResetNotesAndControllers(MidiOutHandle* out);
 uint32_t MidiOut(MidiOutHandle* out, MidiEvent* event);
 // MidiOut of an immediate channel message.
 uint32_t MidiOutNow(MidiOutHandle* out, uint8_t status, uint8_t value1, uint8_t value2);
-// MidiOut of immediate channel messages, packed, in order: a chord's endings.
-void MidiOutNowMany(MidiOutHandle* out, std::span<const uint32_t> words);
+// Sends note-offs (or note-ons of velocity 0), packed, at once and in order,
+// and takes them off the table of sounding notes: a chord's endings. The
+// device gets them in one call.
+void EndNotesNow(MidiOutHandle* out, std::span<const uint32_t> offs);
 void MidiOutCallback(platform::MidiOutPort* device, uint32_t message, uintptr_t instance, uintptr_t param1,
                      uintptr_t param2);
 intptr_t MidiOutProc(MidiOutWindow* window, uint32_t message, uintptr_t param1, uintptr_t param2);

@@ -4,6 +4,13 @@
 
 namespace platform {
 
+uint32_t MidiOutPort::shortMsgs(std::span<const uint32_t> words, std::size_t& sent) {
+  for (sent = 0; sent < words.size(); ++sent) {
+    if (shortMsg(words[sent]) == MIDIERR_NOTREADY) return MIDIERR_NOTREADY;
+  }
+  return MMSYSERR_NOERROR;
+}
+
 namespace {
 
 std::atomic<MidiDevices*> installedDevices{nullptr};

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 namespace platform {
@@ -70,6 +71,11 @@ class MidiOutPort {
  public:
   virtual ~MidiOutPort() = default;
   virtual uint32_t shortMsg(uint32_t word) = 0;
+  // Sends short messages in order, as shortMsg each, and stops at the first
+  // that the device answers not-ready: MIDIERR_NOTREADY with sent counting
+  // those before it, else MMSYSERR_NOERROR with sent the whole count. A port
+  // may do it in one call, to spare a burst a call a message.
+  virtual uint32_t shortMsgs(std::span<const uint32_t> words, std::size_t& sent);
   // Sends header.dwBufferLength bytes; when done, MarkHeaderDone and a MOM_DONE
   // callback with the header. The header arrives prepared and marked queued.
   virtual uint32_t longMsg(MidiHeader& header) = 0;

@@ -1,5 +1,7 @@
 // The Qt seams: the message loop on the UI thread, the settings on QSettings,
 // the file dialogs' filters.
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -16,6 +18,7 @@
 #include <thread>
 
 #include "shell/qt_platform.h"
+#include "shell/realtime_kit.h"
 
 namespace {
 
@@ -167,6 +170,17 @@ TEST(QtPrompts, ASaveNameTypedWithItsOwnExtensionKeepsIt) {
   QTemporaryDir folder;
   ASSERT_TRUE(folder.isValid());
   EXPECT_EQ(savedAs(folder, QStringLiteral("song.mff")), folder.filePath(QStringLiteral("song.mff")).toStdString());
+}
+
+TEST(RealtimeKit, AskedFromATimerLikeThreadItAnswersOrSaysWhyNot) {
+  bool granted = false;
+  std::string why;
+  std::thread([&] { granted = shell::AskRealtimeKit(static_cast<uint64_t>(::gettid()), 10, why); }).join();
+  if (!granted) {
+    EXPECT_EQ(why.rfind("RealtimeKit ", 0), 0u) << why;
+  } else {
+    EXPECT_TRUE(why.empty());
+  }
 }
 
 }  // namespace

@@ -39,15 +39,14 @@ class OutPort final : public MidiOutPort {
           uintptr_t instance)
       : output_(output), cable_(cable), recording_(recording), callback_(callback), instance_(instance) {}
 
-  uint32_t shortMsg(uint32_t word) override {
-    if (takeOne(output_.notReadyShort)) return MIDIERR_NOTREADY;
-    record(word, {});
-    if (!ShortMessageFitsWire(word)) {
-      CountDroppedMessage();
-    } else if (cable_ != nullptr) {
-      cable_->delivery.deliverShort(word);
-    }
-    return MMSYSERR_NOERROR;
+  uint32_t shortMsg(uint32_t word) override { return send(word); }
+
+  uint32_t shortMsgs(std::span<const uint32_t> words, std::size_t& sent) override {
+    std::size_t count = 0;  // counted here, not through the reference, which would be stored each time
+    uint32_t result = MMSYSERR_NOERROR;
+    for (; count < words.size() && result == MMSYSERR_NOERROR; ++count) result = send(words[count]);
+    sent = result == MIDIERR_NOTREADY ? count - 1 : count;
+    return result;
   }
 
   uint32_t longMsg(MidiHeader& header) override {
@@ -80,6 +79,17 @@ class OutPort final : public MidiOutPort {
   }
 
  private:
+  uint32_t send(uint32_t word) {
+    if (takeOne(output_.notReadyShort)) return MIDIERR_NOTREADY;
+    record(word, {});
+    if (!ShortMessageFitsWire(word)) {
+      CountDroppedMessage();
+    } else if (cable_ != nullptr) {
+      cable_->delivery.deliverShort(word);
+    }
+    return MMSYSERR_NOERROR;
+  }
+
   void record(uint32_t word, std::span<const uint8_t> bytes) {
     if (recording_.load(std::memory_order_relaxed)) append(word, bytes);
   }
