@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "fuzz_support.h"
+#include "random/trandom.h"
 #include "render/render.h"
 
 namespace {
@@ -32,6 +33,7 @@ void checkAccepted(const RenderOptions& o) {
   Require(!o.tempoBpm || (*o.tempoBpm >= 1 && *o.tempoBpm <= 1000), "--tempo out of its range");
   Require(!o.resolution || (*o.resolution >= 1 && *o.resolution <= 960), "--resolution out of its range");
   Require(o.periodMs >= 1 && o.periodMs <= 1000, "--period out of its range");
+  Require(!o.seed || SeedInRange(*o.seed), "--seed out of the random source's range");
   Require(o.out <= 0xFFFF && (!o.record || *o.record <= 0xFFFF), "a device number out of its range");
   if (!o.song.empty()) {
     Require(o.params.empty() && !o.seed && !o.tempoBpm && !o.resolution && !o.nonPeriodic,

@@ -295,35 +295,32 @@ void dropSchedulingPrivilege() {
   syscall(SYS_capset, &header, data);
 }
 
-TEST(RealtimeScheduling, WhereSCHED_FIFOIsRefusedRealtimeKitIsAskedForTheThread) {
+// Asks for real-time scheduling from a thread as a user without an
+// RLIMIT_RTPRIO and without privilege would.
+void askAsAnUnprivilegedUser() {
   rlimit saved{};
   ASSERT_EQ(getrlimit(RLIMIT_RTPRIO, &saved), 0);
   rlimit none = saved;
   none.rlim_cur = 0;
   ASSERT_EQ(setrlimit(RLIMIT_RTPRIO, &none), 0);
-  SetRealtimeKitRequest(grantingKit);
   std::thread([] {
     dropSchedulingPrivilege();
     AskForRealtimeScheduling();
   }).join();
-  SetRealtimeKitRequest(nullptr);
   setrlimit(RLIMIT_RTPRIO, &saved);
+}
+
+TEST(RealtimeScheduling, WhereSCHED_FIFOIsRefusedRealtimeKitIsAskedForTheThread) {
+  SetRealtimeKitRequest(grantingKit);
+  askAsAnUnprivilegedUser();
+  SetRealtimeKitRequest(nullptr);
   EXPECT_EQ(TimerSchedulingText(), "real-time through RealtimeKit (priority 0)")
       << "the stand-in kit grants without changing the thread";
   EXPECT_NE(kitThread.load(), 0u) << "the thread's own id is asked for";
 }
 
 TEST(RealtimeScheduling, WithNeitherTheThreadRunsAtNormalPriorityAndSaysWhy) {
-  rlimit saved{};
-  ASSERT_EQ(getrlimit(RLIMIT_RTPRIO, &saved), 0);
-  rlimit none = saved;
-  none.rlim_cur = 0;
-  ASSERT_EQ(setrlimit(RLIMIT_RTPRIO, &none), 0);
-  std::thread([] {
-    dropSchedulingPrivilege();
-    AskForRealtimeScheduling();
-  }).join();
-  setrlimit(RLIMIT_RTPRIO, &saved);
+  askAsAnUnprivilegedUser();
   EXPECT_EQ(TimerSchedulingText(), "normal priority (SCHED_FIFO refused: Operation not permitted; RealtimeKit not asked)");
 }
 
