@@ -120,7 +120,27 @@ TEST(ErrorText, EveryResultHasAClearText) {
   EXPECT_NE(midiInGetErrorText(12345).find("12345"), std::string::npos);
 }
 
-class SynthTest : public MidiBench {};
+class SynthTest : public MidiBench {
+ protected:
+  // What the built-in synthesizer renders in the given time for what play
+  // sends it through an output opened on it.
+  template <class Play>
+  Wav rendered(const char* name, uint32_t ms, Play play) {
+    SynthDevices synth;
+    const std::string path = tempPath(name);
+    synth.renderTo(path);
+    installMidiDevices(&synth);
+    EXPECT_EQ(OpenMidiOut(&out, &window, 0, nullptr, MIDI_OPEN_WORD), 0u);
+    play();
+    timers.advance(ms);
+    EXPECT_TRUE(synth.finishRender());
+    CloseMidiOut(&out);
+    installMidiDevices(&devices);
+    Wav wav = readWav(path);
+    std::filesystem::remove(path);
+    return wav;
+  }
+};
 
 TEST_F(SynthTest, OneSecondOfACMajorChordIsHeardAndNeverClips) {
   ASSERT_FALSE(SynthDevices::FindSoundFont().empty()) << "install timgm6mb-soundfont";
@@ -153,17 +173,7 @@ TEST_F(SynthTest, OneSecondOfACMajorChordIsHeardAndNeverClips) {
 }
 
 TEST_F(SynthTest, NothingPlayedIsSilenceButForDither) {
-  SynthDevices synth;
-  const std::string path = tempPath("velmora-silence.wav");
-  synth.renderTo(path);
-  installMidiDevices(&synth);
-  ASSERT_EQ(OpenMidiOut(&out, &window, 0, nullptr, MIDI_OPEN_WORD), 0u);
-  timers.advance(200);
-  ASSERT_TRUE(synth.finishRender());
-  EXPECT_LT(rms(readWav(path).samples), 2.0);  // FluidSynth dithers by one step
-  CloseMidiOut(&out);
-  installMidiDevices(&devices);
-  std::filesystem::remove(path);
+  EXPECT_LT(rms(rendered("velmora-silence.wav", 200, [] {}).samples), 2.0);  // FluidSynth dithers by one step
 }
 
 TEST(Synth, WithoutASoundFontTheDeviceCannotOpen) {
@@ -195,21 +205,13 @@ TEST(Synth, OpensWithoutAnAudioDeviceAndTakesMessages) {
 }
 
 TEST_F(SynthTest, AMessageWithADataByteOf0x80OrAboveIsDroppedAndCounted) {
-  SynthDevices synth;
-  const std::string path = tempPath("velmora-dropped.wav");
-  synth.renderTo(path);
-  installMidiDevices(&synth);
-  ASSERT_EQ(OpenMidiOut(&out, &window, 0, nullptr, MIDI_OPEN_WORD), 0u);
   const uint64_t before = DroppedMessages();
-  put(SEND_NOW, 0x90, 0xFF, 100);  // would sound as key 127 if its top bit were cut off
-  put(SEND_NOW, 0x90, 60, 0xC8);
-  timers.advance(500);
-  ASSERT_TRUE(synth.finishRender());
+  const Wav wav = rendered("velmora-dropped.wav", 500, [this] {
+    put(SEND_NOW, 0x90, 0xFF, 100);  // would sound as key 127 if its top bit were cut off
+    put(SEND_NOW, 0x90, 60, 0xC8);
+  });
   EXPECT_EQ(DroppedMessages() - before, 2u);
-  EXPECT_LT(rms(readWav(path).samples), 2.0) << "nothing sounds";
-  CloseMidiOut(&out);
-  installMidiDevices(&devices);
-  std::filesystem::remove(path);
+  EXPECT_LT(rms(wav.samples), 2.0) << "nothing sounds";
 }
 
 TEST(WavWriter, AFullDiskIsReportedAtClose) {

@@ -119,6 +119,29 @@ TEST_F(GeneratorTest, AFailedLengthDrawWithOverlapOnGivesADurationOf42949671) {
   EXPECT_EQ(SoundingRing[0].offTime.load(), 1u + 42949671u);
 }
 
+TEST_F(GeneratorTest, ChordsEndingInOnePassEndInRingOrderEachVoiceOnceAndFreeTheirSlots) {
+  for (auto& chord : SoundingRing) chord.offTime = 0;
+  for (uint8_t c = 0; c < 3; ++c) {
+    SoundingChord& chord = SoundingRing[c * 40u];
+    chord.offTime = 1;
+    chord.voiceCount = 2;
+    chord.voices[0] = {c, static_cast<uint8_t>(60 + c), 100};
+    chord.voices[1] = {c, static_cast<uint8_t>(70 + c), 100};
+  }
+  SoundingRing[100].offTime = 50;  // not due yet
+  SoundingRing[100].voiceCount = 1;
+  TheClock->now = 5;
+  devices.clearSent();
+  GeneratorDrain();
+  std::vector<uint32_t> words;
+  for (const auto& n : sent()) words.push_back(n.word);
+  EXPECT_EQ(words, (std::vector<uint32_t>{0x3C90, 0x4690, 0x3D91, 0x4791, 0x3E92, 0x4892}));
+  for (uint32_t c = 0; c < 3; ++c) EXPECT_EQ(SoundingRing[c * 40].offTime.load(), 0u);
+  EXPECT_EQ(SoundingRing[100].offTime.load(), 50u);
+  EXPECT_EQ(Draining.load(), 1u) << "a chord still sounds";
+  SoundingRing[100].offTime = 0;
+}
+
 TEST_F(GeneratorTest, AFailedNoteDrawSendsKey255AtVelocity0) {
   fixed();
   only(VelocityDistribution, 100);

@@ -36,27 +36,42 @@ void playAndCapture(uint8_t status, uint8_t data1, uint8_t data2) {
   if (Capturing == 1) CaptureGeneratorEvent(message(status, data1, data2));
 }
 
-// A note-on of velocity 0 for every voice, sent in one call: the pass in which
-// every chord of the ring ends sends thousands of them.
-void endChord(SoundingChord& chord) {
-  std::array<uint32_t, MaxVoices> offs;
-  const auto count = static_cast<std::size_t>(std::clamp<int>(chord.voiceCount, 0, MaxVoices));
-  for (std::size_t v = 0; v < count; ++v) {
-    const auto& voice = chord.voices[v];
-    offs[v] = uint32_t{static_cast<uint8_t>(0x90 | voice[0])} | uint32_t{voice[1]} << 8;
+// The note-offs of one pass: every voice of every chord of the ring may end
+// in the same pass, and they all go to the output in one call.
+class Endings {
+ public:
+  // Adds a note-on of velocity 0 for each of the chord's voices, and frees its slot.
+  void add(SoundingChord& chord) {
+    const auto voices = static_cast<std::size_t>(std::clamp<int>(chord.voiceCount, 0, MaxVoices));
+    for (std::size_t v = 0; v < voices; ++v) {
+      const auto& voice = chord.voices[v];
+      offs_[count_++] = uint32_t{static_cast<uint8_t>(0x90 | voice[0])} | uint32_t{voice[1]} << 8;
+    }
+    chord.offTime = 0;
   }
-  EndNotesNow(TheMidiOut, std::span(offs.data(), count));
-  if (Capturing == 1) {
-    for (std::size_t v = 0; v < count; ++v) CaptureGeneratorEvent(message(offs[v] & 0xFF, offs[v] >> 8 & 0xFF, 0));
+
+  // Plays them, and while capturing also puts them into the take.
+  void send() const {
+    if (count_ == 0) return;
+    EndNotesNow(TheMidiOut, std::span(offs_.data(), count_));
+    if (Capturing != 1) return;
+    for (std::size_t i = 0; i < count_; ++i) {
+      CaptureGeneratorEvent(message(static_cast<uint8_t>(offs_[i]), static_cast<uint8_t>(offs_[i] >> 8), 0));
+    }
   }
-  chord.offTime = 0;
-}
+
+ private:
+  std::array<uint32_t, RingSlots * MaxVoices> offs_;
+  std::size_t count_ = 0;
+};
 
 void endDueChords() {
+  Endings endings;
   for (SoundingChord& chord : SoundingRing) {
     const uint32_t off = chord.offTime;
-    if (off != 0 && off < Now) endChord(chord);
+    if (off != 0 && off < Now) endings.add(chord);
   }
+  endings.send();
 }
 
 void stepFunctions() {
@@ -172,12 +187,14 @@ void GeneratorTick() {
 void GeneratorDrain() {
   Now = ClockNow();
   Draining = 0;
+  Endings endings;
   for (SoundingChord& chord : SoundingRing) {
     const uint32_t off = chord.offTime;
     if (off == 0) continue;
     Draining = 1;
-    if (off < Now) endChord(chord);
+    if (off < Now) endings.add(chord);
   }
+  endings.send();
   if (Draining == 1) return;
   platform::post(ControlBarControl(CMD_GENERATE), BUTTON_SET_STATE, 0, 0);
   if (Recording == 1 || Playing == 1) return;

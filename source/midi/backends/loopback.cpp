@@ -42,6 +42,16 @@ class OutPort final : public MidiOutPort {
   uint32_t shortMsg(uint32_t word) override { return send(word); }
 
   uint32_t shortMsgs(std::span<const uint32_t> words, std::size_t& sent) override {
+    // Neither logging, nor answering not-ready, nor carrying to an input: only
+    // the wire's check is left to do, for the whole burst at once.
+    if (cable_ == nullptr && !recording_.load(std::memory_order_relaxed) &&
+        output_.notReadyShort.load(std::memory_order_relaxed) == 0) {
+      for (const uint32_t word : words) {
+        if (!ShortMessageFitsWire(word)) CountDroppedMessage();
+      }
+      sent = words.size();
+      return MMSYSERR_NOERROR;
+    }
     std::size_t count = 0;  // counted here, not through the reference, which would be stored each time
     uint32_t result = MMSYSERR_NOERROR;
     for (; count < words.size() && result == MMSYSERR_NOERROR; ++count) result = send(words[count]);
