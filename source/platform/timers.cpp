@@ -80,18 +80,15 @@ struct ThreadTimers::Event {
   uintptr_t user = 0;
   std::mutex mutex;
   std::condition_variable wake;
-  bool stop = false;
+  // Set under the mutex, for the wait's sake; read without it between the
+  // passes of a catch-up, so that the timer's thread takes no lock there.
+  std::atomic<bool> stop{false};
   std::thread thread;
 };
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-bool stopped(ThreadTimers::Event& event) {
-  std::lock_guard lock(event.mutex);
-  return event.stop;
-}
 
 void runEvent(const std::shared_ptr<ThreadTimers::Event>& event, Clock::time_point start) {
   AskForRealtimeScheduling();
@@ -101,7 +98,7 @@ void runEvent(const std::shared_ptr<ThreadTimers::Event>& event, Clock::time_poi
   for (;;) {
     {
       std::unique_lock lock(event->mutex);
-      if (event->wake.wait_until(lock, deadline, [&] { return event->stop; })) return;
+      if (event->wake.wait_until(lock, deadline, [&] { return event->stop.load(); })) return;
     }
     if (!event->periodic) {
       event->callback(event->id, 0, event->user, 0, 0);
@@ -115,7 +112,7 @@ void runEvent(const std::shared_ptr<ThreadTimers::Event>& event, Clock::time_poi
         std::chrono::duration_cast<Clock::duration>(bound).count()));
     CountCatchUp(plan);
     for (uint64_t pass = 0; pass < plan.run; ++pass) {
-      if (pass > 0 && stopped(*event)) return;
+      if (pass > 0 && event->stop.load()) return;
       event->callback(event->id, 0, event->user, 0, 0);
     }
     deadline += period * static_cast<int64_t>(plan.run + plan.skipped);
