@@ -24,6 +24,7 @@
 #include "render/render.h"
 #include "support/generator_fixture.h"
 #include "support/render_child.h"
+#include "support/scratch_folder.h"
 #include "support/song_bench.h"
 
 namespace {
@@ -44,17 +45,10 @@ void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
       .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
-std::string testName() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
 
 // A folder of the test's own, gone at its end.
-struct Scratch {
-  Scratch() : root(fs::temp_directory_path() / ("velmora-safety-" + std::to_string(::getpid()) + "-" + testName())) {
-    fs::remove_all(root);
-    fs::create_directories(root);
-  }
-  ~Scratch() { fs::remove_all(root); }
-  std::string path(const std::string& name) const { return (root / name).string(); }
-  fs::path root;
+struct Scratch : ScratchFolder {
+  Scratch() : ScratchFolder("safety") {}
 };
 
 // File calls a test scripts: reads that fail with EIO once some have gone

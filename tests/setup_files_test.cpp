@@ -12,6 +12,7 @@
 #include "platform/file_io.h"
 #include "song/song_tempo.h"
 #include "support/generator_fixture.h"
+#include "support/scratch_folder.h"
 
 namespace {
 
@@ -19,16 +20,7 @@ namespace fs = std::filesystem;
 
 class SetupFilesTest : public GeneratorBench {
  protected:
-  void SetUp() override {
-    GeneratorBench::SetUp();
-    folder = fs::temp_directory_path() / ("velmora-files-" + std::to_string(::getpid()));
-    fs::create_directories(folder);
-  }
-  void TearDown() override {
-    fs::remove_all(folder);
-    GeneratorBench::TearDown();
-  }
-  std::string path(const char* name) const { return (folder / name).string(); }
+  std::string path(const char* name) const { return scratch.path(name); }
   static void write(const std::string& p, const std::vector<uint8_t>& bytes) {
     std::ofstream(p, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
@@ -38,7 +30,7 @@ class SetupFilesTest : public GeneratorBench {
     for (uint16_t v : values) out.put(v);
     return out.bytes();
   }
-  fs::path folder;
+  ScratchFolder scratch{"files"};
 };
 
 uint32_t le32(const std::vector<uint8_t>& b, std::size_t at) {
@@ -209,7 +201,7 @@ TEST_F(SetupFilesTest, LoadingAnotherSeedChangesTheSequenceAtOnce) {
 TEST_F(SetupFilesTest, AFailedSaveLeavesTheOldFileAndSaysSo) {
   ASSERT_EQ(SaveParameterFile(path("keep.vlm")), 1);
   const auto old = platform::ReadWholeFile(path("keep.vlm"));
-  fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
+  fs::permissions(scratch.root, fs::perms::owner_read | fs::perms::owner_exec);
   const bool canWriteAnyway = ::geteuid() == 0;  // root writes through permissions
   if (!canWriteAnyway) {
     Seed = 42;
@@ -217,8 +209,8 @@ TEST_F(SetupFilesTest, AFailedSaveLeavesTheOldFileAndSaysSo) {
     EXPECT_EQ(platform::ReadWholeFile(path("keep.vlm")), old);
     ASSERT_EQ(prompts.shown().size(), 1u);
   }
-  fs::permissions(folder, fs::perms::owner_all);
-  EXPECT_EQ(SaveParameterFile((folder / "no-such-folder" / "x.vlm").string()), 0);
+  fs::permissions(scratch.root, fs::perms::owner_all);
+  EXPECT_EQ(SaveParameterFile((scratch.root / "no-such-folder" / "x.vlm").string()), 0);
   EXPECT_NE(prompts.shown().back().text.find("Could not write"), std::string::npos);
 }
 
@@ -232,7 +224,7 @@ TEST_F(SetupFilesTest, TheDialogsOfferVelmoraFilesAndRememberTheFolder) {
   EXPECT_EQ(open.filters[0].label, "Velmora Files(*.vlm)");
   EXPECT_EQ(open.filters[1].label, "All files (*.*)");
   EXPECT_TRUE(open.mustExist);
-  EXPECT_EQ(open.initialDirectory, folder.string());
+  EXPECT_EQ(open.initialDirectory, scratch.root.string());
   EXPECT_TRUE(prompts.shown()[0].dialog.askToOverwrite);
   prompts.planFile(std::nullopt);
   EXPECT_EQ(ReadParameterFile(nullptr), 0) << "cancel";
@@ -356,15 +348,12 @@ TEST_F(SetupFilesTest, ASavedFunctionComesBackUnchanged) {
 }
 
 TEST_F(SetupFilesTest, ASavedTableComesBackUnchanged) {
-  std::array<Weight, 3> table;
-  table[0] = 1;
-  table[1] = 127;
-  table[2] = 0;
+  const std::array<int16_t, 3> table{1, 127, 0};
   prompts.planFile(path("t.bin"));
   ASSERT_EQ(WriteDistributionFile(nullptr, table), 1);
   std::array<Weight, 3> back;
   ASSERT_EQ(LoadDistributionFile(path("t.bin"), back), 1);
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(back[i].load(), table[i].load());
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(back[i].load(), table[i]);
 }
 
 }  // namespace

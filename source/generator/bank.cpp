@@ -90,21 +90,21 @@ namespace {
 struct DistributionPlace {
   SharedWord<int16_t> Bank::*min;
   SharedWord<int16_t> Bank::*max;
-  std::span<const Weight> (*weights)(const Bank&);
+  std::span<Weight> (*weights)(Bank&);
   SharedWord<int16_t>* sum;
 };
 
 const DistributionPlace& placeOf(Distribution d) {
   static const DistributionPlace places[DistributionCount] = {
-      {&Bank::noteMin, &Bank::noteMax, [](const Bank& b) -> std::span<const Weight> { return b.noteWeights; },
+      {&Bank::noteMin, &Bank::noteMax, [](Bank& b) -> std::span<Weight> { return b.noteWeights; },
        &NoteSum},
       {&Bank::velocityMin, &Bank::velocityMax,
-       [](const Bank& b) -> std::span<const Weight> { return b.velocityWeights; }, &VelocitySum},
-      {&Bank::voicesMin, &Bank::voicesMax, [](const Bank& b) -> std::span<const Weight> { return b.voiceWeights; },
+       [](Bank& b) -> std::span<Weight> { return b.velocityWeights; }, &VelocitySum},
+      {&Bank::voicesMin, &Bank::voicesMax, [](Bank& b) -> std::span<Weight> { return b.voiceWeights; },
        &VoicesSum},
       {&Bank::densityMin, &Bank::densityMax,
-       [](const Bank& b) -> std::span<const Weight> { return b.densityWeights; }, &DensitySum},
-      {&Bank::lengthMin, &Bank::lengthMax, [](const Bank& b) -> std::span<const Weight> { return b.lengthWeights; },
+       [](Bank& b) -> std::span<Weight> { return b.densityWeights; }, &DensitySum},
+      {&Bank::lengthMin, &Bank::lengthMax, [](Bank& b) -> std::span<Weight> { return b.lengthWeights; },
        &LengthSum},
   };
   // A number that names no Distribution stands for the last one, Length.
@@ -121,3 +121,7 @@ void SumDistribution(Distribution d) {
   const DistributionPlace& place = placeOf(d);
   SumWeights(LiveBank.*place.min, LiveBank.*place.max, place.weights(LiveBank), *place.sum);
 }
+
+std::span<Weight> DistributionWeights(Distribution d) { return placeOf(d).weights(LiveBank); }
+
+SharedWord<int16_t>& DistributionSum(Distribution d) { return *placeOf(d).sum; }

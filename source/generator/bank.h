@@ -103,5 +103,8 @@ enum Distribution : int {
 };
 SharedWord<int16_t>& LowerBound(Distribution d);
 SharedWord<int16_t>& UpperBound(Distribution d);
+// The Distribution's table in the live record, and its sum.
+std::span<Weight> DistributionWeights(Distribution d);
+SharedWord<int16_t>& DistributionSum(Distribution d);
 // Recomputes the Distribution's sum with its current bounds.
 void SumDistribution(Distribution d);

@@ -60,3 +60,26 @@ void RefreshBoards(platform::MessageTarget* window) {
   (void)window;
   RefreshIfOpen(BoardsOpen, BoardsWindow);
 }
+
+std::array<int16_t, BoardPoints> EditCurve{};
+
+const std::array<const char*, BoardCount> BoardLabels = {"Pitch Wheel", "Pitch Wheel", "Pitch Wheel", "Pitch Wheel",
+                                                         "Pitch Wheel", "Mod Wheel",   "Breath",      "Main Volume",
+                                                         "Pan",         "Key Aft"};
+
+void SetEditPoint(PlotCell cell) {
+  if (!CurveEditArea.contains(CurveEditArea.left + cell.column, CurveEditArea.top + cell.row)) return;
+  EditCurve[static_cast<std::size_t>(cell.column)] = static_cast<int16_t>(CurveEditArea.valueOfRow(cell.row));
+}
+
+void PickUpBoard(int board) {
+  if (board < 0 || board >= BoardCount) return;
+  const auto& curve = LiveBank.boardCurves[static_cast<std::size_t>(board)];
+  for (std::size_t i = 0; i < EditCurve.size(); ++i) EditCurve[i] = curve[i];
+}
+
+void StoreEditCurve(uint32_t id) {
+  if (id < ID_BOARD_FIRST_STORE || id > ID_BOARD_LAST_STORE) return;
+  auto& curve = LiveBank.boardCurves[id - ID_BOARD_FIRST_STORE];
+  for (std::size_t i = 0; i < EditCurve.size(); ++i) curve[i] = EditCurve[i];
+}

@@ -4,11 +4,18 @@
 #include <cstdio>
 
 #include "generator/bank.h"
+#include "generator/distributions.h"
 #include "generator/generator_tick.h"
 #include "platform/command_ids.h"
 #include "platform/view_registry.h"
 
 SharedWord<uint32_t> BarGuard = 1;
+
+namespace {
+
+const char* notesTitle() { return IntervalMode != 0 ? "Intervals" : "Notes"; }
+
+}  // namespace
 
 void RefreshControlPanel(platform::MessageTarget*) {
   int16_t count = 0;
@@ -23,6 +30,7 @@ void RefreshControlPanel(platform::MessageTarget*) {
     SumDistribution(d);
   }
   if (ControlPanelOpen != 1) return;
+  ColumnTitles[NotesDistribution] = notesTitle();
   BarGuard = 0;
   RefreshIfOpen(ControlPanelOpen, ControlPanelWindow);  // the panel sets its buttons and bars
   BarGuard = 1;
@@ -33,6 +41,7 @@ uint32_t CommitBoundBar(uint32_t bar, int16_t v) {
   const auto d = static_cast<Distribution>((bar - ID_PANEL_FIRST_BAR) / 2);
   const bool upper = (bar - ID_PANEL_FIRST_BAR) % 2 == 0;
   (upper ? UpperBound(d) : LowerBound(d)) = v;
+  CommitShownBound(bar, v);
   uint32_t partner = 0;
   if (BarGuard == 1) {
     if (upper && LowerBound(d) > v) partner = bar + 1;
@@ -109,5 +118,7 @@ void ApplyPitchSettings(const PitchSettings& s) {
   } else {
     IntervalMode = 0;
   }
+  ColumnTitles[NotesDistribution] = notesTitle();
+  if (DistributionsOpen == 1 && DistributionsWindow != nullptr) DistributionsWindow->showColumnTitles();
   Mirror = s.mirror ? 1 : 0;
 }

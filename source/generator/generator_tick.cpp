@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "generator/bank.h"
+#include "generator/distributions.h"
 #include "generator/functions.h"
 #include "midi/live_devices.h"
 #include "midi/midi_in.h"
@@ -246,6 +247,7 @@ void GeneratorStartUp() {
   FunctionsPeriodic = 1;
   Seed = 0;
   IntervalMode = 0;
+  ColumnTitles[NotesDistribution] = "Notes";
   FromNote = 60;
   IntervalMin = 0;
   IntervalMax = 127;

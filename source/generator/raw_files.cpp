@@ -119,10 +119,13 @@ int WriteFunctionFile(MessageTarget*, std::span<const int8_t> curve) {
   return saveRaw(*path, out);
 }
 
-int WriteDistributionFile(MessageTarget*, std::span<const Weight> table) {
-  const auto path = choose(DistributionFilesDir, false);
-  if (!path) return 0;
+int SaveDistributionFile(const std::string& path, std::span<const int16_t> values) {
   ByteWriter out;
-  for (const Weight& w : table) out.put<int16_t>(w.load());
-  return saveRaw(*path, out);
+  for (const int16_t value : values) out.put<int16_t>(value);
+  return saveRaw(path, out);
+}
+
+int WriteDistributionFile(MessageTarget*, std::span<const int16_t> values) {
+  const auto path = choose(DistributionFilesDir, false);
+  return path ? SaveDistributionFile(*path, values) : 0;
 }

@@ -13,8 +13,10 @@
 int ReadFunctionFile(platform::MessageTarget* window, std::span<int8_t> curve);
 int WriteFunctionFile(platform::MessageTarget* window, std::span<const int8_t> curve);
 int ReadDistributionFile(platform::MessageTarget* window, std::span<Weight> table);
-int WriteDistributionFile(platform::MessageTarget* window, std::span<const Weight> table);
+// The Distributions window always saves 128 values, whichever table is in view.
+int WriteDistributionFile(platform::MessageTarget* window, std::span<const int16_t> values);
 
 // The same for a path already chosen.
 int LoadFunctionFile(const std::string& path, std::span<int8_t> curve);
 int LoadDistributionFile(const std::string& path, std::span<Weight> table);
+int SaveDistributionFile(const std::string& path, std::span<const int16_t> values);

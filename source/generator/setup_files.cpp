@@ -5,9 +5,11 @@
 #include <new>
 #include <optional>
 
+#include "generator/bank_fields.h"
 #include "generator/boards.h"
 #include "generator/byte_io.h"
 #include "generator/control_panel.h"
+#include "generator/distributions.h"
 #include "generator/functions.h"
 #include "generator/generator_tick.h"
 #include "midi/live_devices.h"
@@ -31,26 +33,6 @@ void stop(const std::string& text, const std::string& title = "Velmora") {
   ShowMessageBox(text, title, MB_ICONSTOP);
 }
 
-// The fields that live in a Bank record, from the weight tables to the curves.
-template <class Io, class B>
-void recordBody(Io& io, B& bank) {
-  for (auto* table : {&bank.noteWeights, &bank.velocityWeights}) {
-    for (auto& w : *table) io.template field<int16_t>(w);
-  }
-  for (auto& w : bank.lengthWeights) io.template field<int16_t>(w);
-  for (auto& w : bank.densityWeights) io.template field<int16_t>(w);
-  for (auto& w : bank.voiceWeights) io.template field<int16_t>(w);
-  for (auto* bound : {&bank.noteMin, &bank.noteMax, &bank.velocityMin, &bank.velocityMax, &bank.voicesMin,
-                      &bank.voicesMax, &bank.densityMin, &bank.densityMax, &bank.lengthMin, &bank.lengthMax}) {
-    io.template field<int16_t>(*bound);
-  }
-  io.template field<uint16_t>(bank.channelMask);
-  io.template field<int16_t>(bank.timeControl);
-  for (auto& curve : bank.boardCurves) {
-    for (auto& point : curve) io.template field<int16_t>(point);
-  }
-}
-
 // The live set-up's fields after the arrays; the board flags, tempo and
 // resolution come from and go to places that differ between reading and writing.
 template <class Io, class Flags, class Tempo, class Resolution>
@@ -58,7 +40,7 @@ void liveFields(Io& io, Flags& flags, Tempo& tempo, Resolution& resolution) {
   io.template field<uint32_t>(FunctionsFilters);
   io.template field<uint32_t>(Overlap);
   io.template field<uint32_t>(FunctionsRate);
-  recordBody(io, LiveBank);
+  RecordBody(io, LiveBank);
   io.template field<uint32_t>(flags);
   io.template field<uint32_t>(tempo);
   io.template field<uint32_t>(resolution);
@@ -76,7 +58,7 @@ void bankFields(Io& io, B& bank) {
   io.template field<uint32_t>(bank.functionsFilters);
   io.template field<uint32_t>(bank.overlap);
   io.template field<uint32_t>(bank.functionsRate);
-  recordBody(io, bank);
+  RecordBody(io, bank);
   io.template field<uint32_t>(bank.boardFlags);
   io.template field<uint32_t>(bank.tempo);
   io.template field<uint32_t>(bank.resolution);
@@ -194,7 +176,7 @@ int LoadParameterFile(MessageTarget* window, const std::string& path) {
   liveFields(in, PendingBoardFlags, tempo, resolution);
 
   RefreshControlPanel(window);
-  RefreshIfOpen(DistributionsOpen, DistributionsWindow);
+  RefreshDistributions(window);
   RefreshBoards(window);
   RefreshIfOpen(FunctionsOpen, FunctionsWindow);
   GeneratorReset();

@@ -178,6 +178,28 @@ inline constexpr uint32_t ID_PITCH_FROM_NOTE = 513;
 inline constexpr uint32_t ID_PITCH_MINIMUM = 101;
 inline constexpr uint32_t ID_PITCH_MAXIMUM = 102;
 
+// The Distributions window: the view buttons (Voices is 204, Length 202), the
+// load and save buttons of the shown table, and the "x:", "y:" and title labels.
+inline constexpr uint32_t ID_DIST_NOTES = 200;
+inline constexpr uint32_t ID_DIST_VELOCITY = 201;
+inline constexpr uint32_t ID_DIST_LENGTH = 202;
+inline constexpr uint32_t ID_DIST_DENSITY = 203;
+inline constexpr uint32_t ID_DIST_VOICES = 204;
+inline constexpr uint32_t ID_DIST_X_LABEL = 2550;
+inline constexpr uint32_t ID_DIST_Y_LABEL = 2551;
+inline constexpr uint32_t ID_DIST_TITLE_LABEL = 2552;
+// The load and save buttons of the curve windows (Distributions, Functions).
+inline constexpr uint32_t ID_CURVE_LOAD = 402;
+inline constexpr uint32_t ID_CURVE_SAVE = 403;
+// The "x:" and "y:" labels of the Boards and Functions windows.
+inline constexpr uint32_t ID_CURVE_X_LABEL = 3000;
+inline constexpr uint32_t ID_CURVE_Y_LABEL = 3001;
+// Opens the Distributions window from the Control Panel.
+inline constexpr uint32_t ID_PANEL_DISTRIBUTIONS = 405;
+
+// The Boards window's "store" buttons, one for each board.
+inline constexpr uint32_t ID_BOARD_FIRST_STORE = 301;
+inline constexpr uint32_t ID_BOARD_LAST_STORE = 310;
 // The Boards window's "on" buttons: five Pitch Wheel boards, then five controller boards.
 inline constexpr uint32_t ID_PITCH_BOARD_FIRST_ON = 350;
 inline constexpr uint32_t ID_CONTROLLER_BOARD_FIRST_ON = 355;

@@ -12,7 +12,7 @@ platform::RefreshableView* EventsWindow = nullptr;
 platform::RefreshableView* LyricsWindow = nullptr;
 platform::LyricsEditView* LyricsEdit = nullptr;
 platform::RefreshableView* ControlPanelWindow = nullptr;
-platform::RefreshableView* DistributionsWindow = nullptr;
+platform::DistributionsView* DistributionsWindow = nullptr;
 platform::RefreshableView* FunctionsWindow = nullptr;
 platform::RefreshableView* BoardsWindow = nullptr;
 platform::RefreshableView* BanksWindow = nullptr;
@@ -65,7 +65,8 @@ void ClearViewRegistry() {
   TracksList = EventsList = nullptr;
   LyricsEdit = nullptr;
   EventsWindow = nullptr;
-  LyricsWindow = ControlPanelWindow = DistributionsWindow = FunctionsWindow = BoardsWindow = BanksWindow = nullptr;
+  LyricsWindow = ControlPanelWindow = FunctionsWindow = BoardsWindow = BanksWindow = nullptr;
+  DistributionsWindow = nullptr;
   ControlBar = nullptr;
   FrameWindow = nullptr;
   TrackRows = nullptr;

@@ -24,6 +24,16 @@ class RefreshableView {
   ~RefreshableView() = default;
 };
 
+// The Distributions window: its refresh shows the Notes view again, and a new
+// pitch mode retitles its Notes button (and its title label with Notes in view).
+class DistributionsView : public RefreshableView {
+ public:
+  virtual void showColumnTitles() = 0;
+
+ protected:
+  ~DistributionsView() = default;
+};
+
 // The inner list of the Tracks manager and the Events list.
 class ListView {
  public:
@@ -131,7 +141,7 @@ extern platform::RefreshableView* EventsWindow;
 extern platform::RefreshableView* LyricsWindow;
 extern platform::LyricsEditView* LyricsEdit;
 extern platform::RefreshableView* ControlPanelWindow;
-extern platform::RefreshableView* DistributionsWindow;
+extern platform::DistributionsView* DistributionsWindow;
 extern platform::RefreshableView* FunctionsWindow;
 extern platform::RefreshableView* BoardsWindow;
 extern platform::RefreshableView* BanksWindow;

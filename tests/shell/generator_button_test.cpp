@@ -39,14 +39,7 @@ TEST_F(GeneratorButton, TheLoopbackOutputReceivesTheChordsThatTheRendererLogs) {
   std::remove(options.log.c_str());
   ASSERT_GT(predicted.size(), 20u);
 
-  // Thru off, so that what the loopback cable brings back to the input is not echoed.
-  install();
-  const std::string key = settingsKey();
-  settings.createKey(platform::SettingsLevel::User, key);
-  settings.set(platform::SettingsLevel::User, key, "Midi Thru", platform::SettingsValue::word(0));
-  frame = shell::StartVelmora({.splash = false, .maximized = false});
-  ASSERT_NE(frame, nullptr);
-  deliver();
+  startWithoutThru();
   devices->clearSent();
   click(200);
   passes(250);  // two and a half seconds

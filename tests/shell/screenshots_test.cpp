@@ -1,11 +1,16 @@
 // Pictures of the frame with the Control Panel and of every dialog, written
 // into the build folder (screenshots/) to be looked at.
 #include <QDir>
+#include <cmath>
 #include <QFileInfo>
 
 #include "shell/about_dialog.h"
 #include "shell/dialogs.h"
+#include "generator/bank.h"
+#include "generator/boards.h"
+#include "shell/generator/boards_window.h"
 #include "shell/generator/control_panel_window.h"
+#include "shell/generator/distributions_window.h"
 #include "shell_bench.h"
 
 namespace {
@@ -53,6 +58,38 @@ TEST_F(Screenshots, TheFrameWithTheControlPanelAndEveryDialogArePictured) {
   shoot(about, QStringLiteral("about"));
   shell::PitchSelectionDialog pitch(frame.get());
   shoot(pitch, QStringLiteral("pitch-selection"));
+}
+
+// The two windows that shape the set-up by hand, with a drawn table (a bell
+// over the middle octaves, bounds that leave zones at both ends) and drawn
+// curves (a bend that rises and falls, a swell of the volume).
+TEST_F(Screenshots, TheDistributionsAndBoardsWindowsArePicturedWithDrawnTablesAndCurves) {
+  ASSERT_TRUE(QDir().mkpath(folder()));
+  start();
+  frame->resize(1024, 700);
+  frame->takeClientRect();
+  frame->command(24365);
+  for (int n = 0; n < NoteEntries; ++n) {
+    const double d = (n - 64) / 18.0;
+    LiveBank.noteWeights[static_cast<std::size_t>(n)] = static_cast<int16_t>(120 * std::exp(-d * d));
+  }
+  LiveBank.noteMin = 36;
+  LiveBank.noteMax = 96;
+  for (int i = 0; i < BoardPoints; ++i) {
+    const auto at = static_cast<std::size_t>(i);
+    LiveBank.boardCurves[0][at] = static_cast<int16_t>(64 + 50 * std::sin(i * 3.14159 / 64));
+    LiveBank.boardCurves[7][at] = static_cast<int16_t>(i < 64 ? 40 + i : 167 - i);
+    LiveBank.boardCurves[5][at] = static_cast<int16_t>(i);
+    EditCurve[at] = static_cast<int16_t>(64 + 40 * std::cos(i * 3.14159 / 32));
+  }
+  LiveBank.boardFlags = 1u | 1u << 7;
+  frame->command(1623);
+  deliver();
+  shoot(*frame, QStringLiteral("distributions"));
+  frame->command(24365);
+  frame->command(1625);
+  deliver();
+  shoot(*frame, QStringLiteral("boards"));
 }
 
 }  // namespace

@@ -37,6 +37,18 @@ class ShellBench : public ::testing::Test {
     deliver();
   }
 
+  // Velmora started with MIDI thru off, so that what the loopback cable brings
+  // back to the input is not echoed to the output.
+  void startWithoutThru() {
+    install();
+    const std::string key = settingsKey();
+    settings.createKey(platform::SettingsLevel::User, key);
+    settings.set(platform::SettingsLevel::User, key, "Midi Thru", platform::SettingsValue::word(0));
+    frame = shell::StartVelmora({.splash = false, .maximized = false});
+    ASSERT_NE(frame, nullptr);
+    deliver();
+  }
+
   void TearDown() override {
     if (frame) {
       frame->hide();

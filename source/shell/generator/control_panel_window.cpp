@@ -11,18 +11,20 @@
 
 #include "generator/bank.h"
 #include "generator/control_panel.h"
+#include "generator/distributions.h"
 #include "generator/functions.h"
 #include "live/field_checks.h"
 #include "platform/command_ids.h"
 #include "platform/prompts.h"
 #include "shell/dialog_support.h"
+#include "shell/frame.h"
+#include "shell/generator/curve_kit.h"
 
 namespace shell {
 
 namespace {
 
 constexpr int BarHeights[5] = {130, 130, 35, 123, 103};
-const QColor FaceGray(192, 192, 192);
 const QColor Teal(0, 128, 128);
 
 }  // namespace
@@ -46,15 +48,7 @@ ControlPanelWindow::~ControlPanelWindow() {
 }
 
 QLabel* ControlPanelWindow::addNumber(uint32_t id, QRect place, QColor ink) {
-  auto* label = new QLabel(this);
-  label->setObjectName(QString::number(id));
-  label->setGeometry(place);
-  label->setAlignment(Qt::AlignCenter);
-  label->setAutoFillBackground(true);
-  QPalette palette = label->palette();
-  palette.setColor(QPalette::Window, ink == Qt::red ? FaceGray : QColor(255, 255, 255));
-  palette.setColor(QPalette::WindowText, ink);
-  label->setPalette(palette);
+  QLabel* label = MakeLabel(this, id, place, ink, ink == Qt::red ? PanelFace : QColor(255, 255, 255));
   numbers_[id] = label;
   return label;
 }
@@ -97,6 +91,11 @@ void ControlPanelWindow::createControls() {
                               QStringLiteral("Pitch selection"));
   settings->setGeometry(571, 233, 24, 24);
   buttons_[ID_PANEL_PITCH_SETTINGS] = settings;
+  // The way to draw the tables whose bounds the bars set.
+  auto* distributions = new Button(this, this, ID_PANEL_DISTRIBUTIONS, Button::Kind::Push, Face::Text,
+                                   QStringLiteral("Distributions"));
+  distributions->setGeometry(420, 176, 112, 20);
+  buttons_[ID_PANEL_DISTRIBUTIONS] = distributions;
   QFont numbers = font();
   numbers.setPixelSize(11);
   QFont buttonFont = numbers;
@@ -172,6 +171,8 @@ void ControlPanelWindow::command(uint32_t id, uint32_t) {
     if (!SwitchChannel(id)) buttons_[id]->handleMessage(BUTTON_SET_STATE, 1, 0);
   } else if (id == ID_PANEL_OVERLAP) {
     Overlap = Overlap == 1 ? 0 : 1;
+  } else if (id == ID_PANEL_DISTRIBUTIONS) {
+    if (auto* frame = dynamic_cast<MainFrame*>(window())) frame->command(CMD_VIEW_DISTRIBUTIONS);
   } else if (id == ID_PANEL_PITCH_SETTINGS) {
     PitchSelectionDialog dialog(this);
     dialog.exec();
@@ -181,17 +182,17 @@ void ControlPanelWindow::command(uint32_t id, uint32_t) {
 
 void ControlPanelWindow::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  painter.fillRect(rect(), FaceGray);
+  painter.fillRect(rect(), PanelFace);
   for (int k = 0; k < 5; ++k) PaintEdge(painter, QRect(80 * k, 0, 78, 209), false);
   PaintEdge(painter, QRect(400, 0, std::max(width() - 401, 1), 209), false);
   QFont small = font();
   small.setPointSize(std::max(small.pointSize() - 1, 6));
   painter.setFont(small);
   painter.setPen(QColor(0, 0, 0));
-  const QString titles[5] = {IntervalMode != 0 ? QStringLiteral("Intervals") : QStringLiteral("Notes"),
-                             QStringLiteral("Velocity"), QStringLiteral("Voices"), QStringLiteral("Density"),
-                             QStringLiteral("Length")};
-  for (int k = 0; k < 5; ++k) painter.drawText(QPoint(80 * k + 4, 24 - painter.fontMetrics().descent()), titles[k]);
+  for (int k = 0; k < 5; ++k) {
+    painter.drawText(QPoint(80 * k + 4, 24 - painter.fontMetrics().descent()),
+                     QString::fromStdString(ColumnTitles[static_cast<std::size_t>(k)]));
+  }
   for (const auto& [id, label] : numbers_) {
     if (id < ID_PANEL_FIRST_SUM || id > ID_PANEL_LAST_SUM)
       PaintEdge(painter, label->geometry().adjusted(-1, -1, 0, 0), true);
