@@ -97,8 +97,8 @@ int ResizeFunctions(platform::MessageTarget*, int32_t size) {
     return 0;
   }
   const int32_t old = FunctionLength;
-  for (int f = 0; f < FunctionCount; ++f) {
-    const int8_t* from = FunctionArrays[f].get();
+  for (int f = 0; f <= FunctionCount; ++f) {  // the ten arrays and the scratch curve
+    const int8_t* from = f < FunctionCount ? FunctionArrays[f].get() : ScratchCurve.get();
     const int32_t kept = from != nullptr ? std::min(old, size) : 0;
     if (kept > 0) std::memcpy(blocks[f].get(), from, static_cast<std::size_t>(kept));
     if (size > kept) {

@@ -36,8 +36,8 @@ extern std::array<std::atomic<platform::MessageTarget*>, 10> ControlPanelBars;
 // Allocates the arrays for the start-up length and fills them with the
 // start-up curves: a sine over two octaves, velocity up and down, one and two voices.
 bool InitFunctionArrays();
-// New arrays of size elements, keeping what fits and repeating each array's
-// last value into the rest. 1 for done; 0, with the memory message and the
+// New arrays of size elements, the scratch curve among them, keeping what
+// fits and repeating each array's last value into the rest. 1 for done; 0, with the memory message and the
 // old arrays still in use, when they cannot be had. It does not set FunctionLength.
 // A size of 0 keeps the arrays as they are and points WorkingFunctions back at them.
 int ResizeFunctions(platform::MessageTarget* window, int32_t size);

@@ -11,6 +11,7 @@
 #include "generator/control_panel.h"
 #include "generator/distributions.h"
 #include "generator/functions.h"
+#include "generator/functions_window.h"
 #include "generator/generator_tick.h"
 #include "midi/live_devices.h"
 #include "midi/sync_clock.h"
@@ -178,7 +179,7 @@ int LoadParameterFile(MessageTarget* window, const std::string& path) {
   RefreshControlPanel(window);
   RefreshDistributions(window);
   RefreshBoards(window);
-  RefreshIfOpen(FunctionsOpen, FunctionsWindow);
+  RefreshFunctionsWindow(window);
   GeneratorReset();
   SetSongTempo(tempo);
   SongResolution = resolution;

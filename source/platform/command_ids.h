@@ -9,6 +9,7 @@
 // A command reaches its window as WM_COMMAND: param1's low word is the
 // command's or control's id, its high word a control's notification code.
 inline constexpr uint32_t WM_COMMAND = 0x0111;
+inline constexpr uint32_t WM_HSCROLL = 0x0114;
 inline constexpr uint32_t WM_VSCROLL = 0x0115;
 
 // The messages of our controls.
@@ -207,6 +208,16 @@ inline constexpr uint32_t ID_BOARD_LAST_ON = 359;
 // The Functions window's "on" buttons, one for each function array.
 inline constexpr uint32_t ID_FUNCTION_FIRST_ON = 350;
 inline constexpr uint32_t ID_FUNCTION_LAST_ON = 359;
+// The Functions window's apply buttons, its scroll control and its settings
+// button; the Functions Settings dialog's radios, length field and View boxes.
+inline constexpr uint32_t ID_FUNCTION_FIRST_APPLY = 301;
+inline constexpr uint32_t ID_FUNCTION_LAST_APPLY = 310;
+inline constexpr uint32_t ID_FUNCTIONS_SCROLL = 600;
+inline constexpr uint32_t ID_FUNCTIONS_SETTINGS = 404;
+inline constexpr uint32_t ID_FUNCTIONS_PERIODIC = 100;
+inline constexpr uint32_t ID_FUNCTIONS_NON_PERIODIC = 101;
+inline constexpr uint32_t ID_FUNCTIONS_LENGTH = 102;
+inline constexpr uint32_t ID_FUNCTIONS_FIRST_VIEW = 103;  // 103..112, by function
 
 // The Meter dialog (115) and the Metronome dialog (116).
 inline constexpr uint32_t DLG_METER = 115;

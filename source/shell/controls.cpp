@@ -234,14 +234,21 @@ void Bar::paintEvent(QPaintEvent*) {
 
 // ---------------------------------------------------------------------------
 
-UpDown::UpDown(QWidget* parent, platform::MessageTarget* host, uint32_t id, int low, int high)
-    : Control(parent, host, id), low_(low), high_(high), position_(low), host_(host) {
-  resize(16, 18);
+UpDown::UpDown(QWidget* parent, platform::MessageTarget* host, uint32_t id, int low, int high,
+               Orientation orientation)
+    : Control(parent, host, id), low_(low), high_(high), position_(low), orientation_(orientation), host_(host) {
+  resize(orientation == Orientation::Vertical ? QSize(16, 18) : QSize(22, 22));
 }
 
 void UpDown::setPosition(int position) {
-  position_ = std::clamp(position, low_, high_);
+  position_ = std::clamp(position, low_, std::max(low_, high_));
   update();
+}
+
+void UpDown::setRange(int low, int high) {
+  low_ = low;
+  high_ = high;
+  setPosition(position_);
 }
 
 void UpDown::step(int delta) {
@@ -252,12 +259,20 @@ void UpDown::step(int delta) {
 }
 
 void UpDown::scroll(uint32_t code) {
-  if (host_ != nullptr)
-    host_->handleMessage(WM_VSCROLL, code | static_cast<uint32_t>(position_) << 16, reinterpret_cast<uintptr_t>(this));
+  const uint32_t message = orientation_ == Orientation::Vertical ? WM_VSCROLL : WM_HSCROLL;
+  if (host_ != nullptr) {
+    host_->handleMessage(message, code | static_cast<uint32_t>(position_ & 0xFFFF) << 16,
+                         reinterpret_cast<uintptr_t>(this));
+  }
 }
 
 void UpDown::mousePressEvent(QMouseEvent* event) {
-  if (event->button() == Qt::LeftButton) step(event->position().y() < height() / 2.0 ? 1 : -1);
+  if (event->button() != Qt::LeftButton) return;
+  if (orientation_ == Orientation::Vertical) {
+    step(event->position().y() < height() / 2.0 ? 1 : -1);
+  } else {
+    step(event->position().x() < width() / 2.0 ? -1 : 1);
+  }
 }
 
 void UpDown::wheelEvent(QWheelEvent* event) {
@@ -266,9 +281,12 @@ void UpDown::wheelEvent(QWheelEvent* event) {
 
 void UpDown::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  const int half = height() / 2;
+  const bool vertical = orientation_ == Orientation::Vertical;
+  const int half = (vertical ? height() : width()) / 2;
   for (int i = 0; i < 2; ++i) {
-    const QRect r(0, i * half, width() - 1, half - 1 + (i == 1 ? height() % 2 : 0));
+    const int odd = i == 1 ? (vertical ? height() : width()) % 2 : 0;
+    const QRect r = vertical ? QRect(0, i * half, width() - 1, half - 1 + odd)
+                             : QRect(i * half, 0, half - 1 + odd, height() - 1);
     painter.fillRect(r, QColor(212, 212, 212));
     PaintEdge(painter, r, false);
     painter.setRenderHint(QPainter::Antialiasing, true);
@@ -276,9 +294,14 @@ void UpDown::paintEvent(QPaintEvent*) {
     painter.setBrush(isEnabled() ? QColor(0, 0, 0) : QColor(150, 150, 150));
     const QPointF c = QRectF(r).center();
     const double s = 3;
-    const double dir = i == 0 ? -1 : 1;
-    painter.drawPolygon(QPolygonF{{c.x() - s, c.y() - dir * s / 2}, {c.x() + s, c.y() - dir * s / 2},
-                                  {c.x(), c.y() + dir * s / 2}});
+    const double dir = i == 0 ? -1 : 1;  // up or left first
+    if (vertical) {
+      painter.drawPolygon(QPolygonF{{c.x() - s, c.y() - dir * s / 2}, {c.x() + s, c.y() - dir * s / 2},
+                                    {c.x(), c.y() + dir * s / 2}});
+    } else {
+      painter.drawPolygon(QPolygonF{{c.x() - dir * s / 2, c.y() - s}, {c.x() - dir * s / 2, c.y() + s},
+                                    {c.x() + dir * s / 2, c.y()}});
+    }
     painter.setRenderHint(QPainter::Antialiasing, false);
   }
 }

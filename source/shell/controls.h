@@ -104,13 +104,19 @@ class Bar : public Control {
   platform::MessageTarget* host_;
 };
 
-// Two arrows beside a buddy field: the tempo's whole beats per minute.
+// Two arrows: up and down beside the tempo's field (WM_VSCROLL to the host),
+// or left and right under the Functions window's graph (WM_HSCROLL).
 class UpDown : public Control {
  public:
-  UpDown(QWidget* parent, platform::MessageTarget* host, uint32_t id, int low, int high);
+  enum class Orientation { Vertical, Horizontal };
+  UpDown(QWidget* parent, platform::MessageTarget* host, uint32_t id, int low, int high,
+         Orientation orientation = Orientation::Vertical);
   intptr_t handleMessage(uint32_t, uintptr_t, uintptr_t) override { return 0; }
   int position() const { return position_; }
+  int low() const { return low_; }
+  int high() const { return high_; }
   void setPosition(int position);
+  void setRange(int low, int high);
   // One step up or down, as a click on an arrow: the host gets the new
   // position with SB_THUMBPOSITION, then SB_ENDSCROLL.
   void step(int delta);
@@ -123,6 +129,7 @@ class UpDown : public Control {
  private:
   void scroll(uint32_t code);
   int low_, high_, position_;
+  Orientation orientation_;
   platform::MessageTarget* host_;
 };
 

@@ -26,6 +26,7 @@
 #include "shell/generator/boards_window.h"
 #include "shell/generator/control_panel_window.h"
 #include "shell/generator/distributions_window.h"
+#include "shell/generator/functions_window.h"
 #include "shell/help.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
@@ -171,9 +172,9 @@ constexpr uint32_t EditCommands[] = {CMD_COPY,   CMD_CUT,       CMD_PASTE,    CM
                                      CMD_LENGTH, CMD_TRANSPOSE, CMD_VELOCITY, CMD_SLIDE};
 
 // The commands whose view or dialog is not part of Velmora yet: they stay gray.
-constexpr uint32_t NotYetAvailableCommands[] = {CMD_VIEW_TRACKS,    CMD_VIEW_EVENTS,  CMD_VIEW_CONTROLLERS,
-                                                CMD_VIEW_LYRICS,    CMD_VIEW_FUNCTIONS, CMD_VIEW_BANKS,
-                                                CMD_TRACK_DELETE,   CMD_TRACK_PROPERTIES, CMD_TRACK_SELECT};
+constexpr uint32_t NotYetAvailableCommands[] = {CMD_VIEW_TRACKS,  CMD_VIEW_EVENTS,      CMD_VIEW_CONTROLLERS,
+                                                CMD_VIEW_LYRICS,  CMD_VIEW_BANKS,       CMD_TRACK_DELETE,
+                                                CMD_TRACK_PROPERTIES, CMD_TRACK_SELECT};
 
 // The commands that only a stopped transport allows.
 constexpr uint32_t IdleCommands[] = {CMD_NEW_SONG,     CMD_OPEN_SONG,           CMD_SAVE_SONG,      CMD_SAVE_SONG_AS,
@@ -389,6 +390,7 @@ void MainFrame::openView(uint32_t id) {
         openMdiChild(new shell::ControlPanelWindow, 0, 0, clientRect_.width(), clientRect_.height());
         return;
       case CMD_VIEW_DISTRIBUTIONS: openMdiChild(new shell::DistributionsWindow, 0, 0, clientRect_.width(), 278); return;
+      case CMD_VIEW_FUNCTIONS: openMdiChild(new shell::FunctionsWindow, 0, 0, clientRect_.width(), 235); return;
       case CMD_VIEW_BOARDS: openMdiChild(new shell::BoardsWindow, 0, 0, clientRect_.width(), 278); return;
       default: return;
     }

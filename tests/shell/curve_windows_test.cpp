@@ -15,6 +15,11 @@
 #include "shell/generator/boards_window.h"
 #include "shell/generator/control_panel_window.h"
 #include "shell/generator/distributions_window.h"
+#include "shell/generator/functions_window.h"
+#include "generator/functions.h"
+#include "generator/functions_window.h"
+#include <QCheckBox>
+#include <QLineEdit>
 #include "shell_bench.h"
 
 namespace {
@@ -28,6 +33,11 @@ class CurveWindows : public ShellBench {
     frame->command(1623);
     deliver();
     return *static_cast<shell::DistributionsWindow*>(::DistributionsWindow);
+  }
+  shell::FunctionsWindow& openFunctions() {
+    frame->command(1622);
+    deliver();
+    return *static_cast<shell::FunctionsWindow*>(::FunctionsWindow);
   }
   shell::BoardsWindow& openBoards() {
     frame->command(1625);
@@ -425,6 +435,134 @@ TEST_F(CurveWindows, AStoreWhileGeneratingChangesTheNextChordsBoardMessages) {
   click(200);
   const auto after = modWheels();
   EXPECT_NE(std::find(after.begin(), after.end(), 100u), after.end()) << "the stored curve plays at once";
+}
+
+// ---- Functions ----
+
+TEST_F(CurveWindows, ViewFunctionsOpensAt235HighWithItsControls) {
+  start();
+  EXPECT_TRUE(menuEnabled(1622));
+  auto& window = openFunctions();
+  ASSERT_EQ(FunctionsOpen, 1u);
+  EXPECT_EQ(frame->client()->activeSubWindow()->geometry(), QRect(0, 0, frame->clientRect().width(), 235));
+  EXPECT_EQ(window.button(301)->geometry(), QRect(154, 80, 36, 12));
+  EXPECT_EQ(window.button(359)->geometry(), QRect(522, 176, 36, 12));
+  EXPECT_EQ(window.scroll()->geometry(), QRect(117, 145, 22, 22));
+  EXPECT_EQ(window.button(402)->pos(), QPoint(8, 144));
+  EXPECT_EQ(window.button(404)->pos(), QPoint(571, 162));
+  EXPECT_EQ(window.label(3000)->geometry(), QRect(10, 176, 58, 18));
+  EXPECT_EQ(window.scroll()->high(), 127);
+  for (uint32_t id = 350; id <= 359; ++id) EXPECT_TRUE(window.button(id)->isDown()) << "all functions stepped";
+  const int8_t first = ScratchCurve[0];
+  EXPECT_EQ(pixel(window, 10, 10 + 127 - first), Red) << "the scratch curve in red";
+}
+
+TEST_F(CurveWindows, AStrokeInTheGraphSetsTheScratchCurveAndTheLabelsGoOnPastTheEnd) {
+  start();
+  auto& window = openFunctions();
+  press(window, QPoint(10 + 4, 10 + 27));
+  move(window, QPoint(10 + 5, 10 + 7));
+  move(window, QPoint(10 + 6, 10 + 7), Qt::LeftButton, Qt::ShiftModifier);
+  EXPECT_EQ(ScratchCurve[4], 100);
+  EXPECT_EQ(ScratchCurve[5], 120);
+  EXPECT_NE(ScratchCurve[6], 120);
+  EXPECT_EQ(window.label(3000)->text(), QStringLiteral("x:6"));
+  EXPECT_EQ(window.label(3001)->text(), QStringLiteral("y:120"));
+  EXPECT_EQ(pixel(window, 15, 17), Red);
+}
+
+TEST_F(CurveWindows, TheRedPointOfARedrawnColumnLandsOnTheLastOverlaidFunction) {
+  start();
+  auto& window = openFunctions();
+  shell::FunctionsSettingsDialog dialog(&window);
+  dialog.viewBox(0)->click();  // Max Notes overlaid
+  dialog.accept();
+  deliver();
+  const int8_t maxNotes = FunctionArrays[0][20];
+  press(window, QPoint(10 + 20, 10 + 127 - 3));
+  EXPECT_EQ(ScratchCurve[20], 3);
+  EXPECT_EQ(pixel(window, 30, 10 + 127 - maxNotes), Red) << "on the overlaid function's row";
+  EXPECT_EQ(pixel(window, 30, 10 + 127 - 3), Black);
+  window.refresh();
+  deliver();
+  EXPECT_EQ(pixel(window, 30, 10 + 127 - 3), Red) << "the next full paint puts it right";
+}
+
+TEST_F(CurveWindows, ADoubleClickOnAFunctionsThumbnailCopiesItIntoTheScratchCurve) {
+  start();
+  auto& window = openFunctions();
+  QTest::mouseDClick(&window, Qt::LeftButton, Qt::NoModifier, QPoint(238 + 20, 106 + 20));
+  deliver();
+  for (int i = 0; i < FunctionLength; ++i) ASSERT_EQ(ScratchCurve[static_cast<std::size_t>(i)], FunctionArrays[6][static_cast<std::size_t>(i)]);
+}
+
+TEST_F(CurveWindows, TheArrowsScrollTheGraphThroughALongCurve) {
+  start();
+  auto& window = openFunctions();
+  shell::FunctionsSettingsDialog dialog(&window);
+  dialog.length()->setText(QStringLiteral("200"));
+  dialog.accept();
+  deliver();
+  ASSERT_EQ(FunctionLength.load(), 200);
+  window.refresh();
+  EXPECT_EQ(window.scroll()->high(), 199);
+  QTest::mouseClick(window.scroll(), Qt::LeftButton, Qt::NoModifier, QPoint(18, 11));
+  deliver();
+  EXPECT_EQ(GraphScroll, 1);
+  GraphScroll = 100;
+  window.refresh();
+  deliver();
+  EXPECT_EQ(pixel(window, 10 + 99, 10 + 127 - ScratchCurve[199]), Red);
+  for (int y = 10; y < 138; ++y) ASSERT_EQ(pixel(window, 10 + 100, y), Black) << "past the end the graph is black";
+}
+
+TEST_F(CurveWindows, TheSettingsDialogRefusesANewLengthWhileGeneratingAndCancelPutsTheViewBoxesBack) {
+  start();
+  auto& window = openFunctions();
+  click(200);  // the die
+  {
+    shell::FunctionsSettingsDialog dialog(&window);
+    dialog.length()->setText(QStringLiteral("64"));
+    dialog.nonPeriodic()->setChecked(true);
+    dialog.accept();
+    EXPECT_EQ(dialog.result(), QDialog::Rejected) << "the dialog stays open";
+    EXPECT_EQ(prompts.shown().back().text, "Turn off the random generator before changing length.");
+    EXPECT_EQ(FunctionsPeriodic.load(), 0u);
+    EXPECT_EQ(FunctionLength.load(), 128);
+  }
+  click(200);
+  shell::FunctionsSettingsDialog dialog(&window);
+  dialog.viewBox(2)->click();
+  dialog.viewBox(7)->click();
+  EXPECT_EQ(FunctionViewMask, (1u << 2) | (1u << 7)) << "each box acts at once";
+  dialog.reject();
+  EXPECT_EQ(FunctionViewMask, 0u);
+}
+
+TEST_F(CurveWindows, AReopenedFunctionsWindowShowsNoOverlaysAndColumn0AndKeepsTheScratchCurve) {
+  start();
+  openFunctions();
+  FunctionViewMask = 3;
+  GraphScroll = 5;
+  ScratchCurve[0] = 42;
+  frame->command(24365);  // Close all
+  deliver();
+  ASSERT_EQ(FunctionsOpen, 0u);
+  auto& window = openFunctions();
+  EXPECT_EQ(FunctionViewMask, 0u);
+  EXPECT_EQ(GraphScroll, 0);
+  EXPECT_EQ(ScratchCurve[0], 42);
+  EXPECT_EQ(pixel(window, 10, 10 + 127 - 42), Red);
+}
+
+TEST_F(CurveWindows, AnApplyThatClipsSaysSoAndDrawsTheThumbnailAgain) {
+  start();
+  auto& window = openFunctions();
+  std::fill(ScratchCurve.get(), ScratchCurve.get() + FunctionLength, int8_t{50});
+  QTest::mouseClick(window.button(303), Qt::LeftButton);
+  deliver();
+  EXPECT_EQ(prompts.shown().back().text, "Clipped values: 128");
+  EXPECT_EQ(pixel(window, 318 + 10, 10 + (127 - 32) / 2), shell::FunctionColour(2));
 }
 
 }  // namespace

@@ -11,6 +11,9 @@
 #include "shell/generator/boards_window.h"
 #include "shell/generator/control_panel_window.h"
 #include "shell/generator/distributions_window.h"
+#include "shell/generator/functions_window.h"
+#include "generator/functions.h"
+#include "generator/functions_window.h"
 #include "shell_bench.h"
 
 namespace {
@@ -90,6 +93,25 @@ TEST_F(Screenshots, TheDistributionsAndBoardsWindowsArePicturedWithDrawnTablesAn
   frame->command(1625);
   deliver();
   shoot(*frame, QStringLiteral("boards"));
+}
+
+// The Functions window with two functions overlaid on a drawn scratch curve,
+// and its settings dialog.
+TEST_F(Screenshots, TheFunctionsWindowAndItsSettingsArePictured) {
+  ASSERT_TRUE(QDir().mkpath(folder()));
+  start();
+  frame->resize(1024, 700);
+  frame->takeClientRect();
+  frame->command(24365);
+  frame->command(1622);
+  deliver();
+  for (int i = 0; i < FunctionLength; ++i) ScratchCurve[static_cast<std::size_t>(i)] = static_cast<int8_t>(20 + (i * 3) % 90);
+  FunctionViewMask = 1u | 1u << 5;
+  RefreshFunctionsWindow(nullptr);
+  deliver();
+  shoot(*frame, QStringLiteral("functions"));
+  shell::FunctionsSettingsDialog dialog(frame.get());
+  shoot(dialog, QStringLiteral("functions-settings"));
 }
 
 }  // namespace

@@ -28,16 +28,10 @@ std::array<QString, ThumbnailCount> boardNames() {
 }
 
 // The window's font, made small enough for the widest label to fit a thumbnail.
-QFont labelFont(QFont font) {
-  for (int size = font.pointSize(); size > 5; --size) {
-    font.setPointSize(size);
-    const QFontMetrics metrics(font);
-    const bool fits = std::all_of(BoardLabels.begin(), BoardLabels.end(), [&](const char* label) {
-      return metrics.horizontalAdvance(QString::fromLatin1(label)) < ThumbnailSize;
-    });
-    if (fits) break;
-  }
-  return font;
+QFont labelFont(const QFont& font) {
+  QStringList labels;
+  for (const char* label : BoardLabels) labels << QString::fromLatin1(label);
+  return FontToFit(font, labels, ThumbnailSize);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "shell/generator/curve_kit.h"
 
+#include <QFontMetrics>
 #include <QPainter>
 #include <algorithm>
 
@@ -37,6 +38,18 @@ void PaintLabelBox(QPainter& painter, const QRect& box) {
   painter.setPen(QColor(0, 0, 0));
   painter.drawLine(box.left() + 1, box.top() + 1, box.right() - 1, box.top() + 1);
   painter.drawLine(box.left() + 1, box.top() + 1, box.left() + 1, box.bottom() - 1);
+}
+
+QFont FontToFit(QFont font, const QStringList& labels, int width) {
+  for (int size = font.pointSize(); size > 5; --size) {
+    font.setPointSize(size);
+    const QFontMetrics metrics(font);
+    if (std::all_of(labels.begin(), labels.end(),
+                    [&](const QString& label) { return metrics.horizontalAdvance(label) < width; })) {
+      break;
+    }
+  }
+  return font;
 }
 
 QLabel* MakeLabel(QWidget* parent, uint32_t id, const QRect& place, QColor ink, QColor paper) {

@@ -8,7 +8,9 @@
 //   single pixels, inverted rectangles;
 // - framed boxes, coordinate labels, and the "left button alone" test;
 // - the ten thumbnails' buttons: "store" (or apply) and "on".
+#include <QFont>
 #include <QImage>
+#include <QStringList>
 #include <QLabel>
 #include <QRect>
 #include <QWidget>
@@ -40,6 +42,8 @@ void InvertRect(QImage& canvas, const QRect& r);
 void PaintFrameAround(QPainter& painter, const QRect& inner);
 // A label's box: the sunken frame with a black inner line along left and top.
 void PaintLabelBox(QPainter& painter, const QRect& box);
+// The font made small enough for the widest of the labels to fit the width.
+QFont FontToFit(QFont font, const QStringList& labels, int width);
 // A centred label named by its id, black on white unless told otherwise.
 QLabel* MakeLabel(QWidget* parent, uint32_t id, const QRect& place, QColor ink = QColor(0, 0, 0),
                   QColor paper = QColor(255, 255, 255));
