@@ -88,15 +88,7 @@ void SelectShownView(uint32_t view) {
   CursorY = static_cast<int16_t>(PlotRect.top + (PlotRect.bottom() - PlotRect.top) / 2);
 }
 
-std::string ShownTitle() {
-  switch (ShownView) {
-    case VelocityView: return "Velocity";
-    case LengthView: return "Length";
-    case DensityView: return "Density";
-    case VoicesView: return "Voices";
-    default: return ColumnTitles[NotesDistribution];
-  }
-}
+std::string ShownTitle() { return ColumnTitles[placeOf(ShownView).distribution]; }
 
 void RefreshDistributions(platform::MessageTarget*) {
   if (DistributionsOpen != 1) return;

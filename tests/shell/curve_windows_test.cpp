@@ -565,4 +565,15 @@ TEST_F(CurveWindows, AnApplyThatClipsSaysSoAndDrawsTheThumbnailAgain) {
   EXPECT_EQ(pixel(window, 318 + 10, 10 + (127 - 32) / 2), shell::FunctionColour(2));
 }
 
+TEST_F(CurveWindows, ASwitchButtonFlipsItsFunctionsFilterBitAndKeepsItsOwnState) {
+  start();
+  auto& window = openFunctions();
+  const uint32_t before = FunctionsFilters;
+  QTest::mouseClick(window.button(354), Qt::LeftButton);
+  deliver();
+  EXPECT_EQ(FunctionsFilters.load(), before ^ (1u << 4));
+  EXPECT_FALSE(window.button(354)->isDown());
+  EXPECT_TRUE(window.button(353)->isDown());
+}
+
 }  // namespace

@@ -1,6 +1,5 @@
 #include "shell/generator/boards_window.h"
 
-#include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
 
@@ -36,19 +35,15 @@ QFont labelFont(const QFont& font) {
 
 }  // namespace
 
-BoardsWindow::BoardsWindow(QWidget* parent) : CanvasView(parent) {
+BoardsWindow::BoardsWindow(QWidget* parent) : CurveEditView(parent, 148) {
   setObjectName(QStringLiteral("BoardsWin"));
   setWindowTitle(QStringLiteral("Boards"));
-  setMouseTracking(true);
-  setFocusPolicy(Qt::StrongFocus);
   setMinimumSize(sizeHint());
   BoardsOpen = 1;
   ::BoardsWindow = this;
   ThumbnailButtons thumbs = MakeThumbnailButtons(this, this, ID_BOARD_FIRST_STORE, ID_PITCH_BOARD_FIRST_ON, boardNames());
   buttons_.insert(thumbs.push.begin(), thumbs.push.end());
   buttons_.insert(thumbs.onOff.begin(), thumbs.onOff.end());
-  labels_[ID_CURVE_X_LABEL] = MakeLabel(this, ID_CURVE_X_LABEL, QRect(10, 148, 58, 18));
-  labels_[ID_CURVE_Y_LABEL] = MakeLabel(this, ID_CURVE_Y_LABEL, QRect(80, 148, 58, 18));
   showOnButtons();
 }
 
@@ -58,8 +53,6 @@ BoardsWindow::~BoardsWindow() {
 }
 
 Button* BoardsWindow::button(uint32_t id) const { return FindById(buttons_, id); }
-
-QLabel* BoardsWindow::label(uint32_t id) const { return FindById(labels_, id); }
 
 void BoardsWindow::showOnButtons() {
   const uint32_t flags = LiveBank.boardFlags;
@@ -86,38 +79,14 @@ intptr_t BoardsWindow::handleMessage(uint32_t msg, uintptr_t param1, uintptr_t) 
   return 0;
 }
 
-void BoardsWindow::mouseMoveEvent(QMouseEvent* event) {
-  const QPoint point = event->position().toPoint();
-  const auto cell = CurveEditArea.cellAt(point.x(), point.y());
-  if (!cell) return;
-  labels_[ID_CURVE_X_LABEL]->setText(QStringLiteral("x:%1").arg(cell->column));
-  labels_[ID_CURVE_Y_LABEL]->setText(QStringLiteral("y:%1").arg(CurveEditArea.valueOfRow(cell->row)));
-  if (LeftButtonAlone(event->buttons(), event->modifiers())) setPointAt(point);
+PlotPoint BoardsWindow::pointNumbers(PlotCell cell) const { return {cell.column, CurveEditArea.valueOfRow(cell.row)}; }
+
+bool BoardsWindow::setPoint(PlotCell cell) {
+  SetEditPoint(cell);
+  return true;
 }
 
-void BoardsWindow::mousePressEvent(QMouseEvent* event) {
-  if (event->button() == Qt::LeftButton) setPointAt(event->position().toPoint());
-}
-
-void BoardsWindow::mouseDoubleClickEvent(QMouseEvent* event) {
-  // The press before it has already drawn; a double click elsewhere than on a thumbnail does nothing more.
-  if (event->button() != Qt::LeftButton) return;
-  const QPoint point = event->position().toPoint();
-  const int board = ThumbnailAt(point.x(), point.y());
-  if (board < 0) return;
-  PickUpBoard(board);
-  QImage& canvas = liveCanvas();
-  for (int column = 0; column < BoardPoints; ++column) drawColumn(canvas, column);
-  update(GridRect(CurveEditArea));
-}
-
-void BoardsWindow::setPointAt(QPoint point) {
-  const auto cell = CurveEditArea.cellAt(point.x(), point.y());
-  if (!cell) return;
-  SetEditPoint(*cell);
-  drawColumn(liveCanvas(), cell->column);
-  update(QRect(CurveEditArea.left + cell->column, CurveEditArea.top, 1, CurveEditArea.rows));
-}
+void BoardsWindow::pickUp(int board) { PickUpBoard(board); }
 
 void BoardsWindow::drawColumn(QImage& canvas, int column) {
   const int x = CurveEditArea.left + column;
@@ -148,8 +117,7 @@ void BoardsWindow::drawAll(QImage& canvas) {
     QPainter painter(&canvas);
     PaintFrameAround(painter, GridRect(CurveEditArea));
     for (int n = 0; n < ThumbnailCount; ++n) PaintFrameAround(painter, ThumbnailRect(n));
-    PaintLabelBox(painter, QRect(8, 146, 61, 21));
-    PaintLabelBox(painter, QRect(78, 146, 61, 21));
+    paintLabelBoxes(painter);
   }
   for (int column = 0; column < BoardPoints; ++column) drawColumn(canvas, column);
   for (int n = 0; n < ThumbnailCount; ++n) drawThumbnail(canvas, n);

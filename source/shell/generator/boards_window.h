@@ -2,7 +2,6 @@
 // The Boards view: a 128 by 128 edit area to draw a curve in, the ten boards
 // as thumbnails, each with its "store" and "on" button, and the "x:" and "y:"
 // labels. A double click on a thumbnail picks its curve up for editing.
-#include <QLabel>
 #include <map>
 
 #include "platform/message_loop.h"
@@ -11,7 +10,7 @@
 
 namespace shell {
 
-class BoardsWindow final : public CanvasView, public platform::MessageTarget, public platform::RefreshableView {
+class BoardsWindow final : public CurveEditView, public platform::MessageTarget, public platform::RefreshableView {
  public:
   explicit BoardsWindow(QWidget* parent = nullptr);
   ~BoardsWindow() override;
@@ -21,22 +20,19 @@ class BoardsWindow final : public CanvasView, public platform::MessageTarget, pu
   void refresh() override;
 
   Button* button(uint32_t id) const;
-  QLabel* label(uint32_t id) const;
   QSize sizeHint() const override { return {560, 200}; }
 
  protected:
   void drawAll(QImage& canvas) override;
-  void mouseMoveEvent(QMouseEvent* event) override;
-  void mousePressEvent(QMouseEvent* event) override;
-  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  PlotPoint pointNumbers(PlotCell cell) const override;
+  bool setPoint(PlotCell cell) override;
+  void drawColumn(QImage& canvas, int column) override;
+  void pickUp(int board) override;
 
  private:
-  void setPointAt(QPoint point);
-  void drawColumn(QImage& canvas, int column);
   void drawThumbnail(QImage& canvas, int board);
   void showOnButtons();
   std::map<uint32_t, Button*> buttons_;
-  std::map<uint32_t, QLabel*> labels_;
 };
 
 }  // namespace shell

@@ -1,6 +1,7 @@
 #include "shell/generator/curve_kit.h"
 
 #include <QFontMetrics>
+#include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
 
@@ -94,6 +95,49 @@ void CanvasView::paintEvent(QPaintEvent*) {
 void CanvasView::resizeEvent(QResizeEvent* event) {
   stale_ = true;
   QWidget::resizeEvent(event);
+}
+
+CurveEditView::CurveEditView(QWidget* parent, int labelsY) : CanvasView(parent) {
+  setMouseTracking(true);
+  setFocusPolicy(Qt::StrongFocus);
+  labels_[ID_CURVE_X_LABEL] = MakeLabel(this, ID_CURVE_X_LABEL, QRect(10, labelsY, 58, 18));
+  labels_[ID_CURVE_Y_LABEL] = MakeLabel(this, ID_CURVE_Y_LABEL, QRect(80, labelsY, 58, 18));
+}
+
+QLabel* CurveEditView::label(uint32_t id) const { return FindById(labels_, id); }
+
+void CurveEditView::paintLabelBoxes(QPainter& painter) const {
+  for (const auto& [id, label] : labels_) PaintLabelBox(painter, label->geometry().adjusted(-2, -2, 1, 1));
+}
+
+void CurveEditView::mouseMoveEvent(QMouseEvent* event) {
+  const QPoint point = event->position().toPoint();
+  const auto cell = CurveEditArea.cellAt(point.x(), point.y());
+  if (!cell) return;
+  const PlotPoint numbers = pointNumbers(*cell);
+  labels_[ID_CURVE_X_LABEL]->setText(QStringLiteral("x:%1").arg(numbers.x));
+  labels_[ID_CURVE_Y_LABEL]->setText(QStringLiteral("y:%1").arg(numbers.y));
+  if (LeftButtonAlone(event->buttons(), event->modifiers())) setPointAt(point);
+}
+
+void CurveEditView::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton) setPointAt(event->position().toPoint());
+}
+
+void CurveEditView::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return;
+  const QPoint point = event->position().toPoint();
+  const int thumbnail = ThumbnailAt(point.x(), point.y());
+  if (thumbnail < 0) return;
+  pickUp(thumbnail);
+  repaintAll();
+}
+
+void CurveEditView::setPointAt(QPoint point) {
+  const auto cell = CurveEditArea.cellAt(point.x(), point.y());
+  if (!cell || !setPoint(*cell)) return;
+  drawColumn(liveCanvas(), cell->column);
+  update(QRect(CurveEditArea.left + cell->column, CurveEditArea.top, 1, CurveEditArea.rows));
 }
 
 ThumbnailButtons MakeThumbnailButtons(QWidget* parent, platform::MessageTarget* host, uint32_t firstPush,

@@ -72,6 +72,34 @@ class CanvasView : public QWidget {
   bool stale_ = true;
 };
 
+// A canvas view with the 128 by 128 edit area and ten thumbnails (Boards,
+// Functions): the "x:" and "y:" labels, drawing with the left button alone,
+// a press that sets one point, a double click on a thumbnail that picks its
+// curve up. The views say what a point is and how a column is drawn.
+class CurveEditView : public CanvasView {
+ public:
+  QLabel* label(uint32_t id) const;
+
+ protected:
+  // The labels 3000 and 3001 at this y, in their boxes.
+  CurveEditView(QWidget* parent, int labelsY);
+  // The numbers the labels show for a cell: the point's index and its value.
+  virtual PlotPoint pointNumbers(PlotCell cell) const = 0;
+  // Sets the point under a cell; false when there is none to set.
+  virtual bool setPoint(PlotCell cell) = 0;
+  virtual void drawColumn(QImage& canvas, int column) = 0;
+  virtual void pickUp(int thumbnail) = 0;
+  void paintLabelBoxes(QPainter& painter) const;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  // The press before it has already drawn; a double click elsewhere than on a thumbnail does nothing more.
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+ private:
+  void setPointAt(QPoint point);
+  std::map<uint32_t, QLabel*> labels_;
+};
+
 // The ten thumbnails' buttons: under each, at its top plus 70, a push button
 // at its left less 4 and a two-state button at its left plus 44, 36 by 12.
 struct ThumbnailButtons {

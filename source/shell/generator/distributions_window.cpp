@@ -137,33 +137,28 @@ void DistributionsWindow::setWeightAt(QPoint point) {
   SetShownWeight(*cell);
   // The bar is redrawn in place. Inside a zone its point stays yellow, where
   // a full paint shows it blue.
-  QImage& canvas = liveCanvas();
   const int x = PlotRect.columnX(cell->column);
-  const int y = PlotRect.rowY(cell->row);
-  const bool inverted = RedrawInverted(x);
-  DrawVerticalLine(canvas, x, PlotRect.top, y, inverted ? White : Black);
-  DrawVerticalLine(canvas, x, y, PlotRect.bottom(), inverted ? Yellow : Blue);
-  DrawPixel(canvas, x, y, Yellow);
+  drawBar(liveCanvas(), x, PlotRect.rowY(cell->row), RedrawInverted(x));
   update(QRect(x, PlotRect.top, 1, PlotRect.bottom() - PlotRect.top));
 }
 
-void DistributionsWindow::drawBar(QImage& canvas, int column) {
-  const int x = PlotRect.columnX(column);
-  const int y = weightY(ShownTable[static_cast<std::size_t>(column)]);
-  DrawVerticalLine(canvas, x, PlotRect.top, y, Black);
-  DrawVerticalLine(canvas, x, y, PlotRect.bottom(), Blue);
+// A bar with its point at y, black above and blue below, or drawn as inverted
+// by hand (white above, yellow below); the point itself is yellow either way.
+void DistributionsWindow::drawBar(QImage& canvas, int x, int y, bool inverted) {
+  DrawVerticalLine(canvas, x, PlotRect.top, y, inverted ? White : Black);
+  DrawVerticalLine(canvas, x, y, PlotRect.bottom(), inverted ? Yellow : Blue);
   DrawPixel(canvas, x, y, Yellow);
 }
 
 void DistributionsWindow::drawAll(QImage& canvas) {
   {
     QPainter painter(&canvas);
-    for (const uint32_t id : {ID_DIST_X_LABEL, ID_DIST_Y_LABEL, ID_DIST_TITLE_LABEL}) {
-      PaintLabelBox(painter, labels_[id]->geometry().adjusted(-2, -2, 1, 1));
-    }
+    for (const auto& [id, label] : labels_) PaintLabelBox(painter, label->geometry().adjusted(-2, -2, 1, 1));
     painter.fillRect(GridRect(PlotRect), Black);
   }
-  for (int column = 0; column < ShownEntries; ++column) drawBar(canvas, column);
+  for (int column = 0; column < ShownEntries; ++column) {
+    drawBar(canvas, PlotRect.columnX(column), weightY(ShownTable[static_cast<std::size_t>(column)]), false);
+  }
   const int height = PlotRect.bottom() - PlotRect.top;
   for (const ZoneSpan zone : {BelowZone(), AboveZone()}) {
     if (!zone.empty()) InvertRect(canvas, QRect(zone.left, PlotRect.top, zone.right - zone.left, height));

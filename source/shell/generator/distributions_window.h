@@ -42,7 +42,7 @@ class DistributionsWindow final : public CanvasView,
   void showShownView();
   void selectView(uint32_t view);
   void setWeightAt(QPoint point);
-  void drawBar(QImage& canvas, int column);
+  void drawBar(QImage& canvas, int x, int y, bool inverted);
   void drawAxes(QImage& canvas);
   void invertCursorMarks(QImage& canvas);
   std::map<uint32_t, QPushButton*> viewButtons_;

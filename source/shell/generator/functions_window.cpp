@@ -4,7 +4,6 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QRadioButton>
 #include <QVBoxLayout>
@@ -51,11 +50,9 @@ QColor FunctionColour(int function) {
   return colours[std::clamp(function, 0, FunctionCount - 1)];
 }
 
-FunctionsWindow::FunctionsWindow(QWidget* parent) : CanvasView(parent) {
+FunctionsWindow::FunctionsWindow(QWidget* parent) : CurveEditView(parent, 176) {
   setObjectName(QStringLiteral("FunctionsWin"));
   setWindowTitle(QStringLiteral("Functions"));
-  setMouseTracking(true);
-  setFocusPolicy(Qt::StrongFocus);
   setMinimumSize(sizeHint());
   FunctionsOpen = 1;
   ::FunctionsWindow = this;
@@ -65,8 +62,6 @@ FunctionsWindow::FunctionsWindow(QWidget* parent) : CanvasView(parent) {
       MakeThumbnailButtons(this, this, ID_FUNCTION_FIRST_APPLY, ID_FUNCTION_FIRST_ON, functionNames());
   buttons_.insert(thumbs.push.begin(), thumbs.push.end());
   buttons_.insert(thumbs.onOff.begin(), thumbs.onOff.end());
-  labels_[ID_CURVE_X_LABEL] = MakeLabel(this, ID_CURVE_X_LABEL, QRect(10, 176, 58, 18));
-  labels_[ID_CURVE_Y_LABEL] = MakeLabel(this, ID_CURVE_Y_LABEL, QRect(80, 176, 58, 18));
   scroll_ = new UpDown(this, this, ID_FUNCTIONS_SCROLL, 0, 0, UpDown::Orientation::Horizontal);
   scroll_->setGeometry(117, 145, 22, 22);
   scroll_->setToolTip(QStringLiteral("Scroll through the functions"));
@@ -88,8 +83,6 @@ FunctionsWindow::~FunctionsWindow() {
 }
 
 Button* FunctionsWindow::button(uint32_t id) const { return FindById(buttons_, id); }
-
-QLabel* FunctionsWindow::label(uint32_t id) const { return FindById(labels_, id); }
 
 void FunctionsWindow::refresh() {
   for (uint32_t f = 0; f < FunctionCount; ++f) {
@@ -138,36 +131,14 @@ void FunctionsWindow::openSettings() {
   repaintAll();
 }
 
-void FunctionsWindow::mouseMoveEvent(QMouseEvent* event) {
-  const QPoint point = event->position().toPoint();
-  const auto cell = CurveEditArea.cellAt(point.x(), point.y());
-  if (!cell) return;
-  const GraphSample sample = GraphSampleAt(*cell);
-  labels_[ID_CURVE_X_LABEL]->setText(QStringLiteral("x:%1").arg(sample.index));
-  labels_[ID_CURVE_Y_LABEL]->setText(QStringLiteral("y:%1").arg(sample.value));
-  if (LeftButtonAlone(event->buttons(), event->modifiers())) setSampleAt(point);
+PlotPoint FunctionsWindow::pointNumbers(PlotCell cell) const {
+  const GraphSample sample = GraphSampleAt(cell);
+  return {sample.index, sample.value};
 }
 
-void FunctionsWindow::mousePressEvent(QMouseEvent* event) {
-  if (event->button() == Qt::LeftButton) setSampleAt(event->position().toPoint());
-}
+bool FunctionsWindow::setPoint(PlotCell cell) { return SetScratchSample(GraphSampleAt(cell)); }
 
-void FunctionsWindow::mouseDoubleClickEvent(QMouseEvent* event) {
-  // The press before it has already drawn; a double click elsewhere than on a thumbnail does nothing more.
-  if (event->button() != Qt::LeftButton) return;
-  const QPoint point = event->position().toPoint();
-  const int function = ThumbnailAt(point.x(), point.y());
-  if (function < 0) return;
-  PickUpFunction(function);
-  repaintAll();
-}
-
-void FunctionsWindow::setSampleAt(QPoint point) {
-  const auto cell = CurveEditArea.cellAt(point.x(), point.y());
-  if (!cell || !SetScratchSample(GraphSampleAt(*cell))) return;
-  drawColumn(liveCanvas(), cell->column);
-  update(QRect(CurveEditArea.left + cell->column, CurveEditArea.top, 1, CurveEditArea.rows));
-}
+void FunctionsWindow::pickUp(int function) { PickUpFunction(function); }
 
 void FunctionsWindow::drawColumn(QImage& canvas, int column) {
   // The column in place: black, then the overlaid functions, then the red
@@ -225,8 +196,7 @@ void FunctionsWindow::drawAll(QImage& canvas) {
     QPainter painter(&canvas);
     PaintFrameAround(painter, GridRect(CurveEditArea));
     for (int n = 0; n < ThumbnailCount; ++n) PaintFrameAround(painter, ThumbnailRect(n));
-    PaintLabelBox(painter, QRect(8, 174, 61, 21));
-    PaintLabelBox(painter, QRect(78, 174, 61, 21));
+    paintLabelBoxes(painter);
   }
   drawGraph(canvas);
   for (int f = 0; f < FunctionCount; ++f) drawThumbnail(canvas, f);

@@ -3,7 +3,6 @@
 // the view mask, the ten functions as thumbnails with their apply and switch
 // buttons, the scroll through long arrays, the load and save of the scratch
 // curve, and the Functions Settings dialog behind its settings button.
-#include <QLabel>
 #include <map>
 
 #include "platform/message_loop.h"
@@ -19,7 +18,7 @@ namespace shell {
 // The colour each function is drawn in.
 QColor FunctionColour(int function);
 
-class FunctionsWindow final : public CanvasView, public platform::MessageTarget, public platform::RefreshableView {
+class FunctionsWindow final : public CurveEditView, public platform::MessageTarget, public platform::RefreshableView {
  public:
   explicit FunctionsWindow(QWidget* parent = nullptr);
   ~FunctionsWindow() override;
@@ -29,25 +28,22 @@ class FunctionsWindow final : public CanvasView, public platform::MessageTarget,
   void refresh() override;
 
   Button* button(uint32_t id) const;
-  QLabel* label(uint32_t id) const;
   UpDown* scroll() const { return scroll_; }
   QSize sizeHint() const override { return {600, 200}; }
 
  protected:
   void drawAll(QImage& canvas) override;
-  void mouseMoveEvent(QMouseEvent* event) override;
-  void mousePressEvent(QMouseEvent* event) override;
-  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  PlotPoint pointNumbers(PlotCell cell) const override;
+  bool setPoint(PlotCell cell) override;
+  void drawColumn(QImage& canvas, int column) override;
+  void pickUp(int function) override;
 
  private:
   void command(uint32_t id);
   void openSettings();
-  void setSampleAt(QPoint point);
   void drawGraph(QImage& canvas);
-  void drawColumn(QImage& canvas, int column);
   void drawThumbnail(QImage& canvas, int function);
   std::map<uint32_t, Button*> buttons_;
-  std::map<uint32_t, QLabel*> labels_;
   UpDown* scroll_ = nullptr;
 };
 
