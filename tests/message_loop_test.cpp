@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <future>
 #include <thread>
@@ -209,6 +210,41 @@ TEST(ThreadedLoop, ASendFromAnotherThreadReturnsTheAnswer) {
   ThreadedLoop loop;
   Target target;
   EXPECT_EQ(loop.send(&target, 963, 0, 0), 1963);
+}
+
+TEST(ThreadedLoop, ForgettingATargetFromAnotherThreadWaitsForTheMessageItIsHandling) {
+  ThreadedLoop loop;
+  Target busy;
+  busy.block = true;
+  loop.post(&busy, 1, 0, 0);
+  waitUntil([&] { return busy.entered.load(); });
+  std::atomic<bool> forgotten{false};
+  auto forgetting = std::async(std::launch::async, [&] {
+    loop.forget(&busy);
+    forgotten = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_FALSE(forgotten) << "the target is still in its handler: it may not go yet";
+  busy.block = false;
+  forgetting.get();
+  EXPECT_TRUE(forgotten);
+}
+
+TEST(ThreadedLoop, ATargetForgettingItselfInItsHandlerGoesOn) {
+  struct SelfForgetting final : MessageTarget {
+    ThreadedLoop* loop = nullptr;
+    std::atomic<bool> done{false};
+    intptr_t handleMessage(uint32_t, uintptr_t, uintptr_t) override {
+      loop->forget(this);
+      done = true;
+      return 0;
+    }
+  } target;
+  ThreadedLoop loop;
+  target.loop = &loop;
+  loop.post(&target, 1, 0, 0);
+  loop.waitIdle();
+  EXPECT_TRUE(target.done);
 }
 
 TEST(ThreadedLoop, ShuttingDownReleasesASendThatWaits) {

@@ -83,7 +83,7 @@ intptr_t QueueLoop::send(MessageTarget* target, uint32_t msg, uintptr_t param1, 
 }
 
 void QueueLoop::forget(MessageTarget* target) {
-  std::lock_guard lock(mutex_);
+  std::unique_lock lock(mutex_);
   for (std::size_t i = 0; i < count_; ++i) {
     Message& queued = ring_[(head_ + i) % ring_.size()];
     if (queued.target != target) continue;
@@ -94,6 +94,12 @@ void QueueLoop::forget(MessageTarget* target) {
     }
   }
   changed_.notify_all();
+  // A message taken off the queue just before may still be in the target's
+  // hands on the loop's thread: the target must outlive that call. On the
+  // loop's own thread the target forgets itself from inside its handler.
+  if (std::this_thread::get_id() != owner_) {
+    changed_.wait(lock, [&] { return delivering_ != target; });
+  }
 }
 
 void QueueLoop::refuseSends(bool refuse) {
@@ -113,12 +119,14 @@ bool QueueLoop::deliverOne() {
   head_ = (head_ + 1) % ring_.size();
   --count_;
   busy_ = true;
+  delivering_ = message.target;
   lock.unlock();
 
   const intptr_t result =
       message.target != nullptr ? message.target->handleMessage(message.msg, message.param1, message.param2) : 0;
   lock.lock();
   busy_ = false;
+  delivering_ = nullptr;
   if (message.reply != nullptr) {
     message.reply->result = result;
     message.reply->done = true;

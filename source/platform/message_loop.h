@@ -34,7 +34,8 @@ class MessageLoop {
   // Delivers a message on the loop's thread and returns the target's answer.
   virtual intptr_t send(MessageTarget* target, uint32_t msg, uintptr_t param1, uintptr_t param2) = 0;
   // Drops the queued messages of a target that goes away, as a destroyed
-  // window's messages are lost.
+  // window's messages are lost. From another thread than the loop's, also
+  // waits until a message already being handled by the target has returned.
   virtual void forget(MessageTarget* target) = 0;
   // While refused, every waiting send is released with 0 and a new send from
   // another thread returns 0 at once. A clock that closes refuses sends so that
@@ -107,6 +108,7 @@ class QueueLoop : public MessageLoop {
   std::vector<Message> ring_;
   std::size_t head_ = 0, count_ = 0;
   bool busy_ = false;  // a message is being delivered
+  MessageTarget* delivering_ = nullptr;  // the target of that message
   int refusals_ = 0;  // refusals not yet withdrawn
   bool closed_ = false;
   std::thread::id owner_;
