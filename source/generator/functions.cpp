@@ -83,12 +83,20 @@ bool InitFunctionArrays() {
   return true;
 }
 
+void FitCurve(const int8_t* from, int32_t fromLength, int8_t* to, int32_t size) {
+  const int32_t kept = from != nullptr ? std::clamp(fromLength, 0, size) : 0;
+  if (kept > 0) std::memcpy(to, from, static_cast<std::size_t>(kept));
+  if (size > kept) std::fill(to + kept, to + size, kept > 0 ? from[kept - 1] : int8_t{0});
+}
+
+void UseFunctionArrays() {
+  for (int f = 0; f < FunctionCount; ++f) WorkingFunctions[f].store(FunctionArrays[f].get(), std::memory_order_release);
+}
+
 int ResizeFunctions(platform::MessageTarget*, int32_t size) {
   if (size == 0) {
     // No new arrays: the tick goes back to the live ones, whatever it read before.
-    for (int f = 0; f < FunctionCount; ++f) {
-      WorkingFunctions[f].store(FunctionArrays[f].get(), std::memory_order_release);
-    }
+    UseFunctionArrays();
     return 1;
   }
   Arrays blocks;
@@ -96,15 +104,9 @@ int ResizeFunctions(platform::MessageTarget*, int32_t size) {
     platform::ShowMessageBox("Not enough memory. Try with another length.", "Velmora", platform::MB_ICONSTOP);
     return 0;
   }
-  const int32_t old = FunctionLength;
   for (int f = 0; f <= FunctionCount; ++f) {  // the ten arrays and the scratch curve
     const int8_t* from = f < FunctionCount ? FunctionArrays[f].get() : ScratchCurve.get();
-    const int32_t kept = from != nullptr ? std::min(old, size) : 0;
-    if (kept > 0) std::memcpy(blocks[f].get(), from, static_cast<std::size_t>(kept));
-    if (size > kept) {
-      const int8_t last = kept > 0 ? from[kept - 1] : 0;
-      std::fill(blocks[f].get() + kept, blocks[f].get() + size, last);
-    }
+    FitCurve(from, FunctionLength, blocks[f].get(), size);
   }
   install(blocks);
   return 1;

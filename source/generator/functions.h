@@ -36,6 +36,11 @@ extern std::array<std::atomic<platform::MessageTarget*>, 10> ControlPanelBars;
 // Allocates the arrays for the start-up length and fills them with the
 // start-up curves: a sine over two octaves, velocity up and down, one and two voices.
 bool InitFunctionArrays();
+// Copies a curve of fromLength samples into one of size samples: what fits,
+// then the last sample copied repeated (0 when none was).
+void FitCurve(const int8_t* from, int32_t fromLength, int8_t* to, int32_t size);
+// Points WorkingFunctions back at FunctionArrays.
+void UseFunctionArrays();
 // New arrays of size elements, the scratch curve among them, keeping what
 // fits and repeating each array's last value into the rest. 1 for done; 0, with the memory message and the
 // old arrays still in use, when they cannot be had. It does not set FunctionLength.

@@ -34,23 +34,21 @@ void stop(const std::string& text, const std::string& title = "Velmora") {
   ShowMessageBox(text, title, MB_ICONSTOP);
 }
 
-// The live set-up's fields after the arrays; the board flags, tempo and
-// resolution come from and go to places that differ between reading and writing.
-template <class Io, class Flags, class Tempo, class Resolution>
-void liveFields(Io& io, Flags& flags, Tempo& tempo, Resolution& resolution) {
-  io.template field<uint32_t>(FunctionsFilters);
-  io.template field<uint32_t>(Overlap);
-  io.template field<uint32_t>(FunctionsRate);
-  RecordBody(io, LiveBank);
-  io.template field<uint32_t>(flags);
-  io.template field<uint32_t>(tempo);
-  io.template field<uint32_t>(resolution);
-  io.template field<int32_t>(Seed);
-  io.template field<uint32_t>(IntervalMode);
-  io.template field<int16_t>(FromNote);
-  io.template field<int16_t>(IntervalMin);
-  io.template field<int16_t>(IntervalMax);
-  io.template field<int16_t>(Mirror);
+// The live set-up's fields after the arrays, as the parameter file has them.
+void liveFields(ByteWriter& out) {
+  out.field<uint32_t>(FunctionsFilters);
+  out.field<uint32_t>(Overlap);
+  out.field<uint32_t>(FunctionsRate);
+  RecordBody(out, LiveBank);
+  out.field<uint32_t>(LiveBank.boardFlags);
+  out.field<uint32_t>(SongTempo());
+  out.field<uint32_t>(GetResolution(TheClock));
+  out.field<int32_t>(Seed);
+  out.field<uint32_t>(IntervalMode);
+  out.field<int16_t>(FromNote);
+  out.field<int16_t>(IntervalMin);
+  out.field<int16_t>(IntervalMax);
+  out.field<int16_t>(Mirror);
 }
 
 // A stored bank's fields after the arrays, all of them its own.
@@ -81,6 +79,23 @@ void writeArrays(ByteWriter& out, uint32_t length, const std::array<const int8_t
       for (uint32_t i = 0; i < length; ++i) out.put<uint8_t>(0);
     }
   }
+}
+
+// The arrays, of the record's length, and every field after them, as far as
+// the file goes: what it does not reach keeps what the record held.
+void readRecord(ByteReader& in, Bank& bank) {
+  for (auto& array : bank.functions) {
+    if (bank.functionLength > 0 && array) in.getBytes(reinterpret_cast<uint8_t*>(array.get()), bank.functionLength);
+  }
+  bankFields(in, bank);
+}
+
+// The weight tables through the board curves, from one record into another.
+void copyRecordBody(const Bank& from, Bank& to) {
+  ByteWriter out;
+  RecordBody(out, from);
+  ByteReader in(out.bytes());
+  RecordBody(in, to);
 }
 
 // Checks the magic; a file of another kind shows what it starts with instead.
@@ -134,10 +149,7 @@ std::vector<uint8_t> ParameterFileBytes() {
   std::array<const int8_t*, FunctionCount> arrays{};
   for (int f = 0; f < FunctionCount; ++f) arrays[f] = FunctionArrays[f].get();
   writeArrays(out, length, arrays);
-  const SharedWord<uint32_t>& flags = LiveBank.boardFlags;
-  const uint32_t tempo = SongTempo();
-  const uint32_t resolution = GetResolution(TheClock);
-  liveFields(out, flags, tempo, resolution);
+  liveFields(out);
   return out.bytes();
 }
 
@@ -150,6 +162,84 @@ std::vector<uint8_t> BankFileBytes(const Bank& bank) {
   return out.bytes();
 }
 
+std::unique_ptr<Bank> NewBank(uint32_t size) {
+  if (size > static_cast<uint32_t>(MaxFunctionLength)) return nullptr;
+  auto bank = std::unique_ptr<Bank>(new (std::nothrow) Bank{});
+  if (!bank) return nullptr;
+  for (auto& array : bank->functions) {
+    array.reset(new (std::nothrow) int8_t[size]());
+    if (!array) return nullptr;
+  }
+  bank->functionLength = size;
+  return bank;
+}
+
+void CaptureSetup(Bank& bank) {
+  for (int f = 0; f < FunctionCount; ++f) {
+    if (!bank.functions[f]) continue;
+    FitCurve(FunctionArrays[f].get(), FunctionLength, bank.functions[f].get(),
+             static_cast<int32_t>(bank.functionLength));
+  }
+  copyRecordBody(LiveBank, bank);
+  bank.boardFlags = LiveBank.boardFlags.load();
+  bank.functionsFilters = FunctionsFilters;
+  bank.overlap = Overlap;
+  bank.functionsRate = FunctionsRate;
+  bank.seed = static_cast<uint32_t>(Seed.load());
+  bank.intervalMode = IntervalMode;
+  bank.fromNote = FromNote;
+  bank.intervalMin = IntervalMin;
+  bank.intervalMax = IntervalMax;
+  bank.mirror = Mirror;
+  bank.tempo = SongTempo();
+  bank.resolution = GetResolution(TheClock);
+}
+
+int InstallSetup(MessageTarget* window, const Bank& setup) {
+  // No pass runs from here to the end: the arrays are replaced and every
+  // field changes while the tick is kept out.
+  HoldClockPasses(TheClock);
+  // Whatever still reads the functions reads the incoming ones, not those about to go.
+  for (int f = 0; f < FunctionCount; ++f) WorkingFunctions[f].store(setup.functions[f].get());
+  // A length past the longest arrays is refused by the resize, as a negative one is.
+  const int32_t length =
+      setup.functionLength <= static_cast<uint32_t>(MaxFunctionLength) ? static_cast<int32_t>(setup.functionLength) : -1;
+  if (ResizeFunctions(window, length) == 0) {
+    UseFunctionArrays();
+    ReleaseClockPasses(TheClock);
+    return 0;
+  }
+  for (int f = 0; f < FunctionCount; ++f) {
+    if (length > 0 && FunctionArrays[f] && setup.functions[f]) {
+      std::memcpy(FunctionArrays[f].get(), setup.functions[f].get(), static_cast<std::size_t>(length));
+    }
+  }
+  FunctionLength = length;
+  FunctionsFilters = setup.functionsFilters;
+  Overlap = setup.overlap;
+  FunctionsRate = setup.functionsRate;
+  Seed = static_cast<int32_t>(setup.seed);
+  IntervalMode = setup.intervalMode;
+  FromNote = setup.fromNote;
+  IntervalMin = setup.intervalMin;
+  IntervalMax = setup.intervalMax;
+  Mirror = setup.mirror;
+  copyRecordBody(setup, LiveBank);
+  PendingBoardFlags = setup.boardFlags.load();
+
+  RefreshControlPanel(window);
+  RefreshDistributions(window);
+  RefreshBoards(window);
+  RefreshFunctionsWindow(window);
+  GeneratorReset();
+  RecallSongTempo(setup.tempo);
+  // The song's events keep their times: only the clock counts at the new resolution.
+  SongResolution = setup.resolution;
+  SetResolution(TheClock, static_cast<int32_t>(std::min<uint32_t>(setup.resolution, 0x7FFFFFFF)));
+  ReleaseClockPasses(TheClock);
+  return 1;
+}
+
 int LoadParameterFile(MessageTarget* window, const std::string& path) {
   const auto bytes = readOrSay(path);
   if (!bytes) return 0;
@@ -158,34 +248,16 @@ int LoadParameterFile(MessageTarget* window, const std::string& path) {
   // A file that ends before its length keeps the length in force.
   uint32_t length = static_cast<uint32_t>(FunctionLength.load());
   in.get(length);
-  if (length > static_cast<uint32_t>(MaxFunctionLength)) {
+  // The file is read over a copy of the live set-up, so that one ending early
+  // keeps the fields it does not reach.
+  const std::unique_ptr<Bank> setup = NewBank(length);
+  if (!setup) {
     stop("Not enough memory. Try with another length.");
     return 0;
   }
-  // The clock is held off before the arrays are replaced, so no pass reads freed ones.
-  HoldClockPasses(TheClock);
-  if (ResizeFunctions(window, static_cast<int32_t>(length)) == 0) {
-    ReleaseClockPasses(TheClock);
-    return 0;
-  }
-  for (auto& array : FunctionArrays) {
-    if (length > 0 && array) in.getBytes(reinterpret_cast<uint8_t*>(array.get()), length);
-  }
-  FunctionLength = static_cast<int32_t>(length);
-  uint32_t tempo = SongTempo();
-  uint32_t resolution = SongResolution;
-  liveFields(in, PendingBoardFlags, tempo, resolution);
-
-  RefreshControlPanel(window);
-  RefreshDistributions(window);
-  RefreshBoards(window);
-  RefreshFunctionsWindow(window);
-  GeneratorReset();
-  SetSongTempo(tempo);
-  SongResolution = resolution;
-  SetResolution(TheClock, static_cast<int32_t>(std::min<uint32_t>(resolution, 0x7FFFFFFF)));
-  ReleaseClockPasses(TheClock);
-  return 1;
+  CaptureSetup(*setup);
+  readRecord(in, *setup);
+  return InstallSetup(window, *setup);
 }
 
 int SaveParameterFile(const std::string& path) { return saveOrSay(path, ParameterFileBytes()); }
@@ -203,17 +275,11 @@ int WriteParameterFile(MessageTarget*) {
 int AllocateBank(MessageTarget*, std::size_t slot, uint32_t size) {
   if (slot >= BankSlotCount) return 0;
   BankSlots[slot].reset();  // a bank that stood here is gone whatever happens next
-  auto bank = std::unique_ptr<Bank>(new (std::nothrow) Bank{});
-  bool ok = bank != nullptr && size <= static_cast<uint32_t>(MaxFunctionLength);
-  for (std::size_t f = 0; ok && f < FunctionCount; ++f) {
-    bank->functions[f].reset(new (std::nothrow) int8_t[size]());
-    ok = bank->functions[f] != nullptr;
-  }
-  if (!ok) {
+  BankSlots[slot] = NewBank(size);
+  if (!BankSlots[slot]) {
     stop("Not enough memory to create a new bank!  Close one or more applications and try again");
     return 0;
   }
-  BankSlots[slot] = std::move(bank);
   return 1;
 }
 
@@ -227,12 +293,7 @@ int ReadBankFile(MessageTarget* window, std::size_t slot) {
   uint32_t length = 0;
   in.get(length);
   if (AllocateBank(window, slot, length) == 0) return 0;
-  Bank& bank = *BankSlots[slot];
-  for (auto& array : bank.functions) {
-    if (length > 0) in.getBytes(reinterpret_cast<uint8_t*>(array.get()), length);
-  }
-  bank.functionLength = length;
-  bankFields(in, bank);
+  readRecord(in, *BankSlots[slot]);
   return 1;
 }
 

@@ -16,6 +16,22 @@ inline constexpr std::size_t BankSlotCount = 256;
 // The stored banks: a slot is empty exactly when its pointer is null.
 extern std::array<std::unique_ptr<Bank>, BankSlotCount> BankSlots;
 
+// A record with ten zeroed arrays of size samples (its functionLength); null
+// when they cannot be had or size is past the longest arrays. No message.
+std::unique_ptr<Bank> NewBank(uint32_t size);
+// The live set-up into a record: its arrays take the live functions cut or
+// stretched to the record's own length, its tempo the song's first tempo
+// event and its resolution the clock's. Only reads: a running generator may
+// move a bound meanwhile, and the record then holds a slightly mixed snapshot.
+void CaptureSetup(Bank& bank);
+// Makes a record the live set-up: with the clock's passes held off, the
+// arrays go to the record's length and take its samples, every field follows,
+// the windows and the derived values are refreshed, the generator starts
+// again from its seed, and the song takes the tempo and, without rescaling
+// its events, the resolution. 1 for done; 0 when the arrays cannot be had,
+// after the resize's message, with the set-up as it was.
+int InstallSetup(platform::MessageTarget* window, const Bank& setup);
+
 int ReadParameterFile(platform::MessageTarget* window);
 int WriteParameterFile(platform::MessageTarget* window);
 int AllocateBank(platform::MessageTarget* window, std::size_t slot, uint32_t size);

@@ -219,6 +219,17 @@ inline constexpr uint32_t ID_FUNCTIONS_NON_PERIODIC = 101;
 inline constexpr uint32_t ID_FUNCTIONS_LENGTH = 102;
 inline constexpr uint32_t ID_FUNCTIONS_FIRST_VIEW = 103;  // 103..112, by function
 
+// The Banks window's buttons, the Bank Name command, the list, and the Bank
+// Name dialog's field.
+inline constexpr uint32_t ID_BANK_RECEIVE = 500;
+inline constexpr uint32_t ID_BANK_SEND = 501;
+inline constexpr uint32_t ID_BANK_SAVE = 502;
+inline constexpr uint32_t ID_BANK_LOAD = 503;
+inline constexpr uint32_t ID_BANK_DELETE = 504;
+inline constexpr uint32_t ID_BANK_NAME = 505;
+inline constexpr uint32_t ID_BANK_LIST = 506;
+inline constexpr uint32_t ID_BANK_NAME_FIELD = 2152;
+
 // The Meter dialog (115) and the Metronome dialog (116).
 inline constexpr uint32_t DLG_METER = 115;
 inline constexpr uint32_t DLG_METRONOME = 116;

@@ -23,6 +23,7 @@
 #include "shell/control_bar.h"
 #include "shell/controls.h"
 #include "shell/dialogs.h"
+#include "shell/generator/banks_window.h"
 #include "shell/generator/boards_window.h"
 #include "shell/generator/control_panel_window.h"
 #include "shell/generator/distributions_window.h"
@@ -173,8 +174,8 @@ constexpr uint32_t EditCommands[] = {CMD_COPY,   CMD_CUT,       CMD_PASTE,    CM
 
 // The commands whose view or dialog is not part of Velmora yet: they stay gray.
 constexpr uint32_t NotYetAvailableCommands[] = {CMD_VIEW_TRACKS,  CMD_VIEW_EVENTS,      CMD_VIEW_CONTROLLERS,
-                                                CMD_VIEW_LYRICS,  CMD_VIEW_BANKS,       CMD_TRACK_DELETE,
-                                                CMD_TRACK_PROPERTIES, CMD_TRACK_SELECT};
+                                                CMD_VIEW_LYRICS,  CMD_TRACK_DELETE,     CMD_TRACK_PROPERTIES,
+                                                CMD_TRACK_SELECT};
 
 // The commands that only a stopped transport allows.
 constexpr uint32_t IdleCommands[] = {CMD_NEW_SONG,     CMD_OPEN_SONG,           CMD_SAVE_SONG,      CMD_SAVE_SONG_AS,
@@ -392,6 +393,7 @@ void MainFrame::openView(uint32_t id) {
       case CMD_VIEW_DISTRIBUTIONS: openMdiChild(new shell::DistributionsWindow, 0, 0, clientRect_.width(), 278); return;
       case CMD_VIEW_FUNCTIONS: openMdiChild(new shell::FunctionsWindow, 0, 0, clientRect_.width(), 235); return;
       case CMD_VIEW_BOARDS: openMdiChild(new shell::BoardsWindow, 0, 0, clientRect_.width(), 278); return;
+      case CMD_VIEW_BANKS: openMdiChild(new shell::BanksWindow, 0, 0, 510, 195); return;
       default: return;
     }
   }

@@ -1,5 +1,7 @@
 #include "song/song_tempo.h"
 
+#include <cmath>
+
 #include "midi/live_devices.h"
 #include "midi/midi_event.h"
 #include "midi/sync_clock.h"
@@ -43,6 +45,13 @@ void SetSongTempo(uint32_t microsecondsPerQuarter) {
   SetTempo(TheClock, microsecondsPerQuarter);
   if (MidiEvent* e = firstTempoEvent()) storeTempo(*e, microsecondsPerQuarter);
   if (ControlBar != nullptr) ControlBar->showTempo(60000000.0 / microsecondsPerQuarter);
+}
+
+void RecallSongTempo(uint32_t microsecondsPerQuarter) {
+  if (microsecondsPerQuarter == 0) return;
+  const double beatsPerMinute = 60000000.0 / microsecondsPerQuarter;
+  TempoFraction = beatsPerMinute - std::trunc(beatsPerMinute);
+  SetSongTempo(microsecondsPerQuarter);
 }
 
 void StartTempo(double beatsPerMinute) {

@@ -18,6 +18,10 @@ uint32_t SongTempo();
 // A tempo for the clock and the tempo track's first event, shown in the
 // Control Bar. A tempo of 0 would stop time: it is refused and the old one stays.
 void SetSongTempo(uint32_t microsecondsPerQuarter);
+// SetSongTempo for a tempo that a whole set-up brings: TempoFraction takes
+// the part of its beats per minute that the up-down control cannot hold, so
+// that a step of the control goes on from the tempo shown.
+void RecallSongTempo(uint32_t microsecondsPerQuarter);
 // Starts the song at a tempo in beats per minute: outside 10 to 240 it is
 // 100. The clock takes it and the Control Bar shows it; the tempo track is
 // not written.

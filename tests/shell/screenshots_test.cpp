@@ -3,11 +3,16 @@
 #include <QDir>
 #include <cmath>
 #include <QFileInfo>
+#include <QDialog>
+#include <QLineEdit>
+#include <QTimer>
 
 #include "shell/about_dialog.h"
 #include "shell/dialogs.h"
 #include "generator/bank.h"
 #include "generator/boards.h"
+#include "generator/banks.h"
+#include "shell/generator/banks_window.h"
 #include "shell/generator/boards_window.h"
 #include "shell/generator/control_panel_window.h"
 #include "shell/generator/distributions_window.h"
@@ -112,6 +117,33 @@ TEST_F(Screenshots, TheFunctionsWindowAndItsSettingsArePictured) {
   shoot(*frame, QStringLiteral("functions"));
   shell::FunctionsSettingsDialog dialog(frame.get());
   shoot(dialog, QStringLiteral("functions-settings"));
+}
+
+// The Banks window with filled, named and empty slots, and the Bank Name dialog.
+TEST_F(Screenshots, TheBanksWindowAndTheBankNameDialogArePictured) {
+  ASSERT_TRUE(QDir().mkpath(folder()));
+  start();
+  frame->resize(1024, 700);
+  frame->command(24365);
+  frame->command(1626);
+  deliver();
+  auto& window = *static_cast<shell::BanksWindow*>(::BanksWindow);
+  for (const int slot : {0, 1, 4}) {
+    window.list()->setCurrentRow(slot);
+    window.button(500)->click();
+  }
+  window.list()->setCurrentRow(1);
+  QTimer::singleShot(0, [this] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    dialog->findChild<QLineEdit*>(QStringLiteral("2152"))->setText(QStringLiteral("Strings in fifths"));
+    dialog->findChild<QLineEdit*>(QStringLiteral("2152"))->setModified(true);
+    shoot(*dialog, QStringLiteral("bank-name"));
+    dialog->accept();
+  });
+  window.list()->actions().front()->trigger();
+  shoot(*frame, QStringLiteral("banks"));
+  for (auto& slot : BankSlots) slot.reset();
 }
 
 }  // namespace
