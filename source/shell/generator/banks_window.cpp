@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QFontDatabase>
 #include <QLineEdit>
+#include <QPalette>
 #include <tuple>
 
 #include "platform/command_ids.h"
@@ -24,7 +25,10 @@ BanksWindow::BanksWindow(QWidget* parent) : QWidget(parent), list_(new QListWidg
   list_->setFrameShadow(QFrame::Sunken);
   list_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  list_->setStyleSheet(QStringLiteral("QListWidget { color: black; background: white; }"));
+  QPalette colours = list_->palette();
+  colours.setColor(QPalette::Base, Qt::white);
+  colours.setColor(QPalette::Text, Qt::black);
+  list_->setPalette(colours);
   connect(list_, &QListWidget::currentRowChanged, this, [this](int row) {
     if (row >= 0) banks_.selected = static_cast<std::size_t>(row);
   });
