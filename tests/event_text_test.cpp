@@ -14,14 +14,8 @@ MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
   return e;
 }
 
-class EventTextTest : public ::testing::Test {
+class EventTextTest : public EmptySongTest {
  protected:
-  void SetUp() override {
-    ClearSongTracks();
-    SongResolution = 120;
-    Numerator = 4;
-  }
-  void TearDown() override { ClearSongTracks(); }
   static std::string text(const MidiEvent& e, int expectedKind) {
     int kind = -1;
     std::string line = EventText(e, &kind);

@@ -108,9 +108,9 @@ TEST_F(SongFiles, ResetClearsTouchedTracksButLeavesTheRowOfAnUntouchedTrack) {
   ResetSong();
   EXPECT_EQ(Tracks[0].events, nullptr);
   EXPECT_EQ(Tracks[0].keyOffset, 0);
-  EXPECT_FALSE(trackRows.has(0));
+  EXPECT_FALSE(TrackRowAt(0) != nullptr);
   EXPECT_FALSE(TrackNames[0].has_value());
-  EXPECT_TRUE(trackRows.has(7)) << "a track not in TouchedTracks keeps its row";
+  EXPECT_TRUE(TrackRowAt(7) != nullptr) << "a track not in TouchedTracks keeps its row";
   EXPECT_EQ(Tracks[7].repeats, 3) << "and its settings";
 }
 
@@ -269,7 +269,7 @@ TEST_F(SongFiles, AFormat0FileLeavesTrack1WithARowAndNoEventsAndItsFirstTempoInT
   EXPECT_NEAR(bar.tempo, 100.00, 0.005);
   EXPECT_NEAR(bar.upDownTempo, 100, 0.005) << "the up-down control moves too";
   EXPECT_EQ(Tracks[0].count, 0u);
-  EXPECT_TRUE(trackRows.has(0));
+  EXPECT_TRUE(TrackRowAt(0) != nullptr);
   EXPECT_EQ(ActiveTrackCount, 1);
   EXPECT_EQ(Tracks[TempoTrack].count, 1u) << "no tempo map: the reset's event stays";
   EXPECT_EQ(TakeCount, 16u) << "the channel events stay behind in the take buffer";

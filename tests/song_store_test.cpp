@@ -1,4 +1,5 @@
 #include "song/song_store.h"
+#include "song/track_rows.h"
 
 #include <gtest/gtest.h>
 
@@ -17,14 +18,14 @@ class SongTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ClearSongTracks();
-    TrackRows = &trackRows;
+    ClearTrackRows();
     SongResolution = 120;
     Numerator = 4;
     platform::installPrompts(&prompts);
   }
   void TearDown() override {
     ClearSongTracks();
-    TrackRows = nullptr;
+    ClearTrackRows();
     platform::installPrompts(nullptr);
   }
   // Installs absolute-time events, given here in delta time, into a track.
@@ -33,7 +34,6 @@ class SongTest : public ::testing::Test {
   }
   static std::vector<uint32_t> active() { return {ActiveTracks.begin(), ActiveTracks.begin() + ActiveTrackCount}; }
   platform::ScriptedPrompts prompts;
-  RecordingTrackRows trackRows;
 };
 
 // ---- the store ----
@@ -135,7 +135,7 @@ TEST_F(SongTest, DeleteTakesTheTrackOutOfTheOpenTracksListAndRefreshesTheEventsL
   EXPECT_EQ(frame.updates, 1);
   EXPECT_EQ(eventsWindow.refreshes, 1);
   EXPECT_EQ(events.repaints, 1);
-  EXPECT_FALSE(trackRows.has(2));
+  EXPECT_FALSE(TrackRowAt(2) != nullptr);
   ClearViewRegistry();
 }
 
@@ -160,11 +160,11 @@ TEST_F(SongTest, BuildingATrackRowHasTheManagerBuildItAndMarksTheSongChanged) {
   Tracks[4].pan = 64;
   SongDirty = 0;
   BuildTrackRow(4);
-  EXPECT_TRUE(trackRows.has(4));
-  EXPECT_EQ(trackRows.builds, 1);
+  ASSERT_NE(TrackRowAt(4), nullptr);
+  EXPECT_STREQ(TrackRowAt(4)->pan, "64");
   EXPECT_EQ(SongDirty, 1u);
   BuildTrackRow(SongTrackCount + 1);
-  EXPECT_EQ(trackRows.builds, 1) << "no row past the tempo track";
+  EXPECT_EQ(TrackRowAt(SongTrackCount + 1), nullptr) << "no row past the tempo track";
   SongDirty = 0;
 }
 

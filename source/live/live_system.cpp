@@ -5,7 +5,7 @@
 
 #include "generator/bank.h"
 #include "generator/generator_tick.h"
-#include "live/field_checks.h"
+#include "platform/field_checks.h"
 #include "live/settings_dialogs.h"
 #include "midi/live_devices.h"
 #include "midi/midi_in.h"

@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "generator/bank.h"
-#include "live/field_checks.h"
+#include "platform/field_checks.h"
 #include "live/live_system.h"
 #include "midi/backends/wire_check.h"
 #include "midi/live_devices.h"

@@ -17,7 +17,6 @@ platform::RefreshableView* FunctionsWindow = nullptr;
 platform::RefreshableView* BoardsWindow = nullptr;
 platform::RefreshableView* BanksWindow = nullptr;
 platform::ControlBarView* ControlBar = nullptr;
-platform::TrackRowsView* TrackRows = nullptr;
 platform::EventRowsView* EventRows = nullptr;
 platform::FrameView* FrameWindow = nullptr;
 uint32_t EventsRowsInSight = 0;
@@ -69,7 +68,6 @@ void ClearViewRegistry() {
   DistributionsWindow = nullptr;
   ControlBar = nullptr;
   FrameWindow = nullptr;
-  TrackRows = nullptr;
   EventRows = nullptr;
   EventsRowsInSight = 0;
 }

@@ -97,18 +97,6 @@ class FrameView {
   ~FrameView() = default;
 };
 
-// The Tracks manager's rows: each song track's settings as texts, kept ready
-// for painting. A row is built when the track's settings are set and dropped
-// when the track goes; a row is not rebuilt by itself when the record changes.
-class TrackRowsView {
- public:
-  virtual void buildRow(uint32_t track) = 0;
-  virtual void dropRow(uint32_t track) = 0;
-
- protected:
-  ~TrackRowsView() = default;
-};
-
 // The Events list's rows, each an event of the selected tracks in time order:
 // the list builds them, the playback cursor and Go to read their times.
 class EventRowsView {
@@ -146,8 +134,6 @@ extern platform::RefreshableView* FunctionsWindow;
 extern platform::RefreshableView* BoardsWindow;
 extern platform::RefreshableView* BanksWindow;
 extern platform::ControlBarView* ControlBar;
-// The shell keeps the track rows for the life of the program; null without a shell.
-extern platform::TrackRowsView* TrackRows;
 // Null while no Events list keeps rows.
 extern platform::EventRowsView* EventRows;
 extern platform::FrameView* FrameWindow;

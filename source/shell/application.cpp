@@ -7,7 +7,7 @@
 #include "platform/prompts.h"
 #include "shell/ending.h"
 #include "shell/generator/control_panel_window.h"
-#include "shell/song/track_rows.h"
+#include "song/track_rows.h"
 #include "shell/splash.h"
 
 namespace shell {
@@ -29,8 +29,7 @@ bool CheckMidiDevices() {
 std::unique_ptr<MainFrame> StartVelmora(const StartOptions& options) {
   if (!CheckMidiDevices()) return nullptr;
   ClearViewRegistry();
-  TheTrackRows().clear();
-  TrackRows = &TheTrackRows();
+  ClearTrackRows();
   // The generator's set-up comes first, so that the settings the Control Bar reads are not reset after it.
   GeneratorStartUp();
   auto frame = std::make_unique<MainFrame>();

@@ -4,7 +4,7 @@
 #include <QPushButton>
 #include <QScreen>
 
-#include "live/field_checks.h"
+#include "platform/field_checks.h"
 
 namespace shell {
 

@@ -6,7 +6,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
-#include "live/field_checks.h"
+#include "platform/field_checks.h"
 #include "live/settings_dialogs.h"
 #include "midi/transport_words.h"
 #include "platform/command_ids.h"

@@ -18,6 +18,7 @@
 #include "song/note_linking.h"
 #include "song/song_store.h"
 #include "song/song_tempo.h"
+#include "song/track_rows.h"
 #include "platform/command_ids.h"
 
 using namespace platform;
@@ -44,7 +45,7 @@ void resetTrackTables() {
       TouchedTracks[word] &= ~(1u << bit);
       const uint32_t track = word * 32 + bit;
       ResetTrackSettings(Tracks[track]);
-      if (TrackRows != nullptr) TrackRows->dropRow(track);
+      DropTrackRow(track);
     }
   }
   for (int32_t i = 0; i < ActiveTrackCount; ++i) {

@@ -9,6 +9,7 @@
 #include "midi/midi_out.h"
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
+#include "song/track_rows.h"
 
 std::array<TrackRecord, SongTrackCount + 1> Tracks;
 SharedWord<uint32_t> SongResolution = 120;
@@ -150,7 +151,7 @@ void BuildTrackRow(uint32_t track) {
   sendSetting(t.pan, static_cast<uint8_t>(t.channel | 0xB0), 10);
   sendSetting(t.volume, static_cast<uint8_t>(t.channel | 0xB0), 7);
   sendSetting(t.patch, static_cast<uint8_t>(t.channel | 0xC0), 0);
-  if (TrackRows != nullptr) TrackRows->buildRow(track);
+  SetTrackRow(track, TrackRowOf(t));
   SongDirty = 1;
 }
 
@@ -170,7 +171,7 @@ void DeleteTrack(uint32_t track) {
   TouchTrack(RecordTrack);
   ResetTrackSettings(Tracks[RecordTrack]);
   TrackNames[track].reset();
-  if (TrackRows != nullptr) TrackRows->dropRow(track);
+  DropTrackRow(track);
   TrackRecord& t = Tracks[track];
   // The Events list takes a track's last event away itself before it deletes
   // the track, which then still stands in ActiveTracks: the list is rebuilt

@@ -17,7 +17,7 @@
 #include <memory>
 #include <vector>
 
-#include "live/field_checks.h"
+#include "platform/field_checks.h"
 #include "live/product_info.h"
 #include "platform/prompts.h"
 #include "shell/about_dialog.h"

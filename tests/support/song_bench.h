@@ -15,6 +15,7 @@
 #include "song/note_linking.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
+#include "song/track_rows.h"
 #include "support/midi_fixture.h"
 #include "support/song_fixture.h"
 #include "support/song_views.h"
@@ -36,7 +37,7 @@ class SongBench : public MidiBench {
     ControlBarWindow = &controlBar;
     ControlBar = &bar;
     FrameWindow = &frame;
-    TrackRows = &trackRows;
+    ClearTrackRows();
     InstallFeedHooks();
     Playing = Recording = Capturing = Generating = Draining = Linked = 0;
     Numerator = 4;
@@ -53,6 +54,7 @@ class SongBench : public MidiBench {
   void TearDown() override {
     CloseSMF(&SongReadHandle);
     ClearSongTracks();
+    ClearTrackRows();
     LyricText.reset();
     ClearViewRegistry();
     ControlBarWindow = nullptr;
@@ -89,6 +91,5 @@ class SongBench : public MidiBench {
   TransportWindow controlBar;
   RecordingControlBar bar;
   RecordingFrame frame;
-  RecordingTrackRows trackRows;
   std::filesystem::path folder;
 };

@@ -1,6 +1,8 @@
 #pragma once
 // An empty song for a test: every track without events or settings.
 
+#include <gtest/gtest.h>
+
 #include "song/song_store.h"
 
 inline void ClearSongTracks() {
@@ -14,3 +16,14 @@ inline void ClearSongTracks() {
   TouchedTracks = {};
   SelectedTrackCount = 0;
 }
+
+// A test on an empty song at 120 ticks a quarter in 4/4.
+class EmptySongTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ClearSongTracks();
+    SongResolution = 120;
+    Numerator = 4;
+  }
+  void TearDown() override { ClearSongTracks(); }
+};

@@ -40,20 +40,6 @@ class RecordingFrame final : public platform::FrameView {
   std::map<uint32_t, bool> checked;
 };
 
-// The track rows as the song asks for them: which tracks have a row, and how
-// many times one was built.
-class RecordingTrackRows final : public platform::TrackRowsView {
- public:
-  void buildRow(uint32_t track) override {
-    rows.insert(track);
-    ++builds;
-  }
-  void dropRow(uint32_t track) override { rows.erase(track); }
-  bool has(uint32_t track) const { return rows.contains(track); }
-  std::set<uint32_t> rows;
-  int builds = 0;
-};
-
 // The Events list's rows, by the times of their events.
 class RecordingEventRows final : public platform::EventRowsView {
  public:

@@ -13,7 +13,7 @@
 #include "generator/control_panel.h"
 #include "generator/distributions.h"
 #include "generator/functions.h"
-#include "live/field_checks.h"
+#include "platform/field_checks.h"
 #include "platform/command_ids.h"
 #include "platform/prompts.h"
 #include "shell/dialog_support.h"

@@ -1,10 +1,12 @@
-#include "shell/song/track_rows.h"
+#include "song/track_rows.h"
 
+#include <array>
 #include <cstdio>
-
-namespace shell {
+#include <memory>
 
 namespace {
+
+std::array<std::unique_ptr<TrackRow>, SongTrackCount + 1> rows;
 
 template <std::size_t N, typename... Args>
 void format(char (&field)[N], const char* pattern, Args... args) {
@@ -39,24 +41,16 @@ TrackRow TrackRowOf(const TrackRecord& t) {
   return row;
 }
 
-void TrackRowTable::buildRow(uint32_t track) {
-  if (track >= rows_.size()) return;
-  rows_[track] = std::make_unique<TrackRow>(TrackRowOf(Tracks[track]));
+const TrackRow* TrackRowAt(uint32_t track) { return track < rows.size() ? rows[track].get() : nullptr; }
+
+void SetTrackRow(uint32_t track, const TrackRow& row) {
+  if (track < rows.size()) rows[track] = std::make_unique<TrackRow>(row);
 }
 
-void TrackRowTable::dropRow(uint32_t track) {
-  if (track < rows_.size()) rows_[track].reset();
+void DropTrackRow(uint32_t track) {
+  if (track < rows.size()) rows[track].reset();
 }
 
-const TrackRow* TrackRowTable::row(uint32_t track) const { return track < rows_.size() ? rows_[track].get() : nullptr; }
-
-void TrackRowTable::clear() {
-  for (auto& row : rows_) row.reset();
+void ClearTrackRows() {
+  for (auto& row : rows) row.reset();
 }
-
-TrackRowTable& TheTrackRows() {
-  static TrackRowTable table;
-  return table;
-}
-
-}  // namespace shell

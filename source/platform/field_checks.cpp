@@ -1,4 +1,4 @@
-#include "live/field_checks.h"
+#include "platform/field_checks.h"
 
 #include <algorithm>
 #include <cctype>

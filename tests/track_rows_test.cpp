@@ -1,4 +1,4 @@
-#include "shell/song/track_rows.h"
+#include "song/track_rows.h"
 
 #include <gtest/gtest.h>
 
@@ -6,14 +6,12 @@
 
 namespace {
 
-class TrackRowsTest : public ::testing::Test {
+class TrackRowsTest : public EmptySongTest {
  protected:
-  void SetUp() override {
-    ClearSongTracks();
-    SongResolution = 120;
-    Numerator = 4;
+  void TearDown() override {
+    ClearTrackRows();
+    EmptySongTest::TearDown();
   }
-  void TearDown() override { ClearSongTracks(); }
 };
 
 TEST_F(TrackRowsTest, ARowShowsTheTracksSettings) {
@@ -25,7 +23,7 @@ TEST_F(TrackRowsTest, ARowShowsTheTracksSettings) {
   t.channel = 9;
   t.repeats = 65535;
   t.pan = 64;
-  const shell::TrackRow row = shell::TrackRowOf(t);
+  const TrackRow row = TrackRowOf(t);
   EXPECT_STREQ(row.play, "Off");
   EXPECT_STREQ(row.key, "-12");
   EXPECT_STREQ(row.velocity, "5");
@@ -38,7 +36,7 @@ TEST_F(TrackRowsTest, ARowShowsTheTracksSettings) {
 }
 
 TEST_F(TrackRowsTest, ANewTracksRowPlaysOnItsOwnChannelsWithNoSetting) {
-  const shell::TrackRow row = shell::TrackRowOf(TrackRecord{});
+  const TrackRow row = TrackRowOf(TrackRecord{});
   EXPECT_STREQ(row.play, "On");
   EXPECT_STREQ(row.key, "0");
   EXPECT_STREQ(row.time, "00001:01:000");
@@ -47,18 +45,18 @@ TEST_F(TrackRowsTest, ANewTracksRowPlaysOnItsOwnChannelsWithNoSetting) {
 }
 
 TEST_F(TrackRowsTest, ARowKeepsItsTextsUntilItIsBuiltAgainAndGoesWhenDropped) {
-  shell::TrackRowTable table;
   Tracks[7].repeats = 3;
-  table.buildRow(7);
+  BuildTrackRow(7);
   Tracks[7].repeats = 4;
-  ASSERT_NE(table.row(7), nullptr);
-  EXPECT_STREQ(table.row(7)->repeats, "3");
-  table.buildRow(7);
-  EXPECT_STREQ(table.row(7)->repeats, "4");
-  table.dropRow(7);
-  EXPECT_EQ(table.row(7), nullptr);
-  table.buildRow(SongTrackCount + 1);  // past the tempo track: nothing
-  EXPECT_EQ(table.row(SongTrackCount + 1), nullptr);
+  ASSERT_NE(TrackRowAt(7), nullptr);
+  EXPECT_STREQ(TrackRowAt(7)->repeats, "3");
+  BuildTrackRow(7);
+  EXPECT_STREQ(TrackRowAt(7)->repeats, "4");
+  DropTrackRow(7);
+  EXPECT_EQ(TrackRowAt(7), nullptr);
+  SetTrackRow(SongTrackCount + 1, TrackRowOf(Tracks[7]));  // past the tempo track: nothing
+  EXPECT_EQ(TrackRowAt(SongTrackCount + 1), nullptr);
+  SongDirty = 0;
 }
 
 }  // namespace
