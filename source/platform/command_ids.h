@@ -230,6 +230,19 @@ inline constexpr uint32_t ID_BANK_NAME = 505;
 inline constexpr uint32_t ID_BANK_LIST = 506;
 inline constexpr uint32_t ID_BANK_NAME_FIELD = 2152;
 
+// The Tracks dialog (117, "Datos") and its fields.
+inline constexpr uint32_t DLG_TRACK = 117;
+inline constexpr uint32_t ID_TRACK_NAME = 101;
+inline constexpr uint32_t ID_TRACK_PLAY = 102;
+inline constexpr uint32_t ID_TRACK_KEY = 103;
+inline constexpr uint32_t ID_TRACK_VELOCITY = 104;
+inline constexpr uint32_t ID_TRACK_TIME = 105;
+inline constexpr uint32_t ID_TRACK_REPEATS = 107;
+inline constexpr uint32_t ID_TRACK_CHANNEL = 108;
+inline constexpr uint32_t ID_TRACK_PAN = 109;
+inline constexpr uint32_t ID_TRACK_PATCH = 110;
+inline constexpr uint32_t ID_TRACK_VOLUME = 111;
+
 // The Meter dialog (115) and the Metronome dialog (116).
 inline constexpr uint32_t DLG_METER = 115;
 inline constexpr uint32_t DLG_METRONOME = 116;

@@ -117,10 +117,7 @@ MidiEvent* AllocateEvents(uint32_t count) { return new (std::nothrow) MidiEvent[
 
 void FreeEvents(MidiEvent* events) { delete[] events; }
 
-namespace {
-
-// A setting that is set goes out at once as the event that makes it heard.
-void sendSetting(uint8_t value, uint8_t status, uint8_t controller) {
+void SendTrackSetting(uint8_t value, uint8_t status, uint8_t controller) {
   if (value == 255) return;
   // A track without a channel holds 255 there, so its setting goes out with the status byte 0xFF.
   if (status >> 4 == 0xC) {
@@ -130,8 +127,8 @@ void sendSetting(uint8_t value, uint8_t status, uint8_t controller) {
   }
 }
 
-// The Tracks manager's selection read back into SelectedTracks, ascending.
-void readSelection() {
+void ReadSelection() {
+  if (TracksList == nullptr) return;  // no list to read: the selection stands
   std::vector<int> rows = TracksList->selectedItems();
   std::sort(rows.begin(), rows.end());
   SelectedTrackCount = 0;
@@ -143,14 +140,12 @@ void readSelection() {
   UpdateCommandStates();
 }
 
-}  // namespace
-
 void BuildTrackRow(uint32_t track) {
   if (track > SongTrackCount) return;
   const TrackRecord& t = Tracks[track];
-  sendSetting(t.pan, static_cast<uint8_t>(t.channel | 0xB0), 10);
-  sendSetting(t.volume, static_cast<uint8_t>(t.channel | 0xB0), 7);
-  sendSetting(t.patch, static_cast<uint8_t>(t.channel | 0xC0), 0);
+  SendTrackSetting(t.pan, static_cast<uint8_t>(t.channel | 0xB0), 10);
+  SendTrackSetting(t.volume, static_cast<uint8_t>(t.channel | 0xB0), 7);
+  SendTrackSetting(t.patch, static_cast<uint8_t>(t.channel | 0xC0), 0);
   SetTrackRow(track, TrackRowOf(t));
   SongDirty = 1;
 }
@@ -160,7 +155,7 @@ void DeleteTrack(uint32_t track) {
   if (TracksOpen == 1 && TracksList != nullptr) {
     TracksList->setSelected(static_cast<int>(track), false);
     TracksList->repaint();
-    readSelection();
+    ReadSelection();
   }
   if (EventsOpen == 1) {
     if (EventsWindow != nullptr) EventsWindow->refresh();

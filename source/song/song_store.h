@@ -98,6 +98,12 @@ int AppendEvent(const MidiEvent* event, EventList* list);
 // The settings of a track as a new song has them.
 void ResetTrackSettings(TrackRecord& track);
 void TouchTrack(uint32_t track);
+// A track's setting (pan, volume, patch) goes out at once as the event that
+// makes it heard; a value of 255 is none and sends nothing.
+void SendTrackSetting(uint8_t value, uint8_t status, uint8_t controller);
+// The Tracks manager's selected rows into SelectedTracks, ascending, and
+// their number into SelectedTrackCount; then the gray rules again.
+void ReadSelection();
 // Sends a track's pan, volume and patch where it has them, has the Tracks
 // manager build its row from the record, and marks the song changed.
 void BuildTrackRow(uint32_t track);
