@@ -29,8 +29,10 @@
 #include "shell/generator/distributions_window.h"
 #include "shell/generator/functions_window.h"
 #include "shell/help.h"
+#include "shell/song/tracks_window.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
+#include "song/tracks_manager.h"
 
 namespace shell {
 
@@ -173,9 +175,7 @@ constexpr uint32_t EditCommands[] = {CMD_COPY,   CMD_CUT,       CMD_PASTE,    CM
                                      CMD_LENGTH, CMD_TRANSPOSE, CMD_VELOCITY, CMD_SLIDE};
 
 // The commands whose view or dialog is not part of Velmora yet: they stay gray.
-constexpr uint32_t NotYetAvailableCommands[] = {CMD_VIEW_TRACKS,  CMD_VIEW_EVENTS,      CMD_VIEW_CONTROLLERS,
-                                                CMD_VIEW_LYRICS,  CMD_TRACK_DELETE,     CMD_TRACK_PROPERTIES,
-                                                CMD_TRACK_SELECT};
+constexpr uint32_t NotYetAvailableCommands[] = {CMD_VIEW_EVENTS, CMD_VIEW_CONTROLLERS, CMD_VIEW_LYRICS};
 
 // The commands that only a stopped transport allows.
 constexpr uint32_t IdleCommands[] = {CMD_NEW_SONG,     CMD_OPEN_SONG,           CMD_SAVE_SONG,      CMD_SAVE_SONG_AS,
@@ -394,6 +394,7 @@ void MainFrame::openView(uint32_t id) {
       case CMD_VIEW_FUNCTIONS: openMdiChild(new shell::FunctionsWindow, 0, 0, clientRect_.width(), 235); return;
       case CMD_VIEW_BOARDS: openMdiChild(new shell::BoardsWindow, 0, 0, clientRect_.width(), 278); return;
       case CMD_VIEW_BANKS: openMdiChild(new shell::BanksWindow, 0, 0, 510, 195); return;
+      case CMD_VIEW_TRACKS: openMdiChild(new shell::TracksWindow, 0, 0, clientRect_.width(), 156); return;
       default: return;
     }
   }
@@ -454,6 +455,12 @@ void MainFrame::command(uint32_t id) {
       platform::post(ControlBarControl(CMD_LINK), BUTTON_SET_STATE, Linked == 1 ? 1 : 0, 0);
       return;
     case CMD_SEED: MakeFieldDialog(this, DLG_SEED)->exec(); return;
+    case CMD_TRACK_DELETE:
+      DeleteTrack(RecordTrack);
+      SongDirty = 1;
+      return;
+    case CMD_TRACK_PROPERTIES: OpenTrackDialog(this); return;
+    case CMD_TRACK_SELECT: SelectCurrentTrack(); return;
     case CMD_TEMPO: MakeFieldDialog(this, DLG_TEMPO)->exec(); return;
     case CMD_METER: {
       MeterDialog dialog(this);

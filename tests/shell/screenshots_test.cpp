@@ -14,6 +14,9 @@
 #include "generator/banks.h"
 #include "shell/generator/banks_window.h"
 #include "shell/generator/boards_window.h"
+#include "shell/song/tracks_window.h"
+#include "song/song_files.h"
+#include "song/tracks_manager.h"
 #include "shell/generator/control_panel_window.h"
 #include "shell/generator/distributions_window.h"
 #include "shell/generator/functions_window.h"
@@ -144,6 +147,32 @@ TEST_F(Screenshots, TheBanksWindowAndTheBankNameDialogArePictured) {
   window.list()->actions().front()->trigger();
   shoot(*frame, QStringLiteral("banks"));
   for (auto& slot : BankSlots) slot.reset();
+}
+
+// The Tracks manager over a loaded song, with one track selected, one given
+// settings, and the Tracks dialog.
+TEST_F(Screenshots, TheTracksManagerWithALoadedSongAndItsDialogArePictured) {
+  ASSERT_TRUE(QDir().mkpath(folder()));
+  start();
+  frame->resize(1024, 700);
+  frame->takeClientRect();
+  frame->command(24365);
+  ASSERT_TRUE(LoadSong(VELMORA_TEST_DATA "/format1_track_names.mid"));
+  frame->command(1619);
+  deliver();
+  auto* list = static_cast<shell::TracksListWidget*>(::TracksList);
+  list->setSelected(1, true);
+  TrackSelectionChanged();
+  RecordTrack = 2;
+  TrackFields = {"Strings", "+12", "-5", "00001:02:000", "1", "64", "48", "100"};
+  ApplyTrackFields(2);
+  list->setCurrent(2);
+  list->setFocus();
+  shoot(*frame, QStringLiteral("tracks"));
+  LoadTrackFields();
+  shell::TrackDialog dialog(frame.get());
+  shoot(dialog, QStringLiteral("track-dialog"));
+  TrackFields = {};
 }
 
 }  // namespace
