@@ -6,6 +6,8 @@
 #include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QTimer>
+#include <algorithm>
+#include <functional>
 
 #include "midi/transport_words.h"
 #include "shell/song/tracks_window.h"
@@ -184,6 +186,38 @@ TEST_F(TracksWindowTest, TrackSelectAndDeleteActOnTheCurrentTrack) {
   EXPECT_EQ(Tracks[2].count, 0u);
   EXPECT_TRUE(list.selectedItems().empty());
   EXPECT_EQ(SongDirty, 1u);
+}
+
+TEST_F(TracksWindowTest, AMutedAndATransposedTrackPlayTheFilesNotesWithThoseChanges) {
+  startWithoutThru();  // the loopback's input would echo every note back out
+  loadSong();
+  auto& list = *openTracks().list();
+  // Track 1 (Piano) an octave up, track 2 (Bass) muted, through the dialog.
+  for (const auto& [row, change] :
+       {std::pair<int, std::function<void(QDialog&)>>{0, [](QDialog& d) { field(d, ID_TRACK_KEY)->setText("12"); }},
+        {1, [](QDialog& d) { d.findChild<QCheckBox*>(QString::number(ID_TRACK_PLAY))->setChecked(false); }}}) {
+    pressAt(list, inName(list, row));
+    answerTheDialog([change](QDialog& dialog) {
+      change(dialog);
+      dialog.accept();
+    });
+    QTest::mouseDClick(list.viewport(), Qt::LeftButton, Qt::NoModifier, inName(list, row));
+  }
+  ASSERT_EQ(Tracks[0].keyOffset, 12);
+  ASSERT_EQ(Tracks[1].playOff, 1);
+  devices->clearSent();
+  click(101);  // Play
+  passes(150);
+  click(100);  // Stop
+  std::vector<uint32_t> noteOns;
+  for (const auto& sent : devices->sent()) {
+    if (sent.bytes.empty() && (sent.word & 0xF0) == 0x90 && (sent.word >> 16 & 0x7F) != 0) {
+      noteOns.push_back(sent.word & 0xFFFF);
+    }
+  }
+  std::sort(noteOns.begin(), noteOns.end());
+  EXPECT_EQ(noteOns, (std::vector<uint32_t>{0x4890, 0x4892, 0x4C90, 0x4F90}))
+      << "Piano's 60, 64 and 67 an octave up on channel 1, track 3's 72 on channel 3, no Bass";
 }
 
 }  // namespace
