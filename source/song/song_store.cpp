@@ -128,7 +128,7 @@ void SendTrackSetting(uint8_t value, uint8_t status, uint8_t controller) {
 }
 
 void ReadSelection() {
-  if (TracksList == nullptr) return;  // no list to read: the selection stands
+  if (TracksOpen != 1 || TracksList == nullptr) return;  // no list to read: the selection stands
   std::vector<int> rows = TracksList->selectedItems();
   std::sort(rows.begin(), rows.end());
   SelectedTrackCount = 0;
