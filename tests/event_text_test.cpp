@@ -9,11 +9,6 @@
 
 namespace {
 
-MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
-  MidiEvent e{time, status, v1, v2, 0, nullptr, 0, 0, 0, 0};
-  return e;
-}
-
 class EventTextTest : public EmptySongTest {
  protected:
   static std::string text(const MidiEvent& e, int expectedKind) {

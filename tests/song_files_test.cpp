@@ -15,10 +15,6 @@ namespace {
 
 using platform::ScriptedPrompts;
 
-MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
-  return MidiEvent{time, status, v1, v2, 0, nullptr, 0, 0, 0, 0};
-}
-
 std::vector<uint8_t> bytesOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

@@ -6,10 +6,6 @@
 
 namespace {
 
-MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
-  return MidiEvent{time, status, v1, v2, 0, nullptr, 0, 0, 0, 0};
-}
-
 class TracksManagerTest : public SongBench {
  protected:
   void SetUp() override {

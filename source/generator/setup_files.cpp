@@ -34,23 +34,6 @@ void stop(const std::string& text, const std::string& title = "Velmora") {
   ShowMessageBox(text, title, MB_ICONSTOP);
 }
 
-// The live set-up's fields after the arrays, as the parameter file has them.
-void liveFields(ByteWriter& out) {
-  out.field<uint32_t>(FunctionsFilters);
-  out.field<uint32_t>(Overlap);
-  out.field<uint32_t>(FunctionsRate);
-  RecordBody(out, LiveBank);
-  out.field<uint32_t>(LiveBank.boardFlags);
-  out.field<uint32_t>(SongTempo());
-  out.field<uint32_t>(GetResolution(TheClock));
-  out.field<int32_t>(Seed);
-  out.field<uint32_t>(IntervalMode);
-  out.field<int16_t>(FromNote);
-  out.field<int16_t>(IntervalMin);
-  out.field<int16_t>(IntervalMax);
-  out.field<int16_t>(Mirror);
-}
-
 // A stored bank's fields after the arrays, all of them its own.
 template <class Io, class B>
 void bankFields(Io& io, B& bank) {
@@ -144,12 +127,15 @@ int saveOrSay(const std::string& path, const std::vector<uint8_t>& bytes) {
 }  // namespace
 
 std::vector<uint8_t> ParameterFileBytes() {
-  ByteWriter out;
-  const auto length = static_cast<uint32_t>(FunctionLength.load());
+  // The fields alone are captured; the arrays are written from the live ones,
+  // so a save needs no copy of them.
+  const auto setup = std::make_unique<Bank>();
+  CaptureSetup(*setup);
   std::array<const int8_t*, FunctionCount> arrays{};
   for (int f = 0; f < FunctionCount; ++f) arrays[f] = FunctionArrays[f].get();
-  writeArrays(out, length, arrays);
-  liveFields(out);
+  ByteWriter out;
+  writeArrays(out, static_cast<uint32_t>(FunctionLength.load()), arrays);
+  bankFields(out, *setup);
   return out.bytes();
 }
 

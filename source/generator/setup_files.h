@@ -19,8 +19,8 @@ extern std::array<std::unique_ptr<Bank>, BankSlotCount> BankSlots;
 // A record with ten zeroed arrays of size samples (its functionLength); null
 // when they cannot be had or size is past the longest arrays. No message.
 std::unique_ptr<Bank> NewBank(uint32_t size);
-// The live set-up into a record: its arrays take the live functions cut or
-// stretched to the record's own length, its tempo the song's first tempo
+// The live set-up into a record: its arrays (where it has them) take the live
+// functions cut or stretched to the record's own length, its tempo the song's first tempo
 // event and its resolution the clock's. Only reads: a running generator may
 // move a bound meanwhile, and the record then holds a slightly mixed snapshot.
 void CaptureSetup(Bank& bank);

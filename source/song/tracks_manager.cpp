@@ -26,8 +26,8 @@ void setText(char (&cell)[N], const std::string& text) {
   cell[length] = '\0';
 }
 
-// Pan, Vol or Patch into the row and the record: "-1" hides the setting and
-// keeps it; any other text sets it, and a set one goes out at once.
+// Pan, Vol or Patch: exactly "-1" hides the setting in the row and keeps it in
+// the record; any other text sets it, and a set one goes out at once.
 // "-01" passes the range check as -1 does but is not "-1": it sets 255, no setting, and shows as typed.
 template <std::size_t N>
 void applySetting(char (&cell)[N], const std::string& text, SharedWord<uint8_t>& setting, uint8_t status,
@@ -68,19 +68,17 @@ void LoadTrackFields() {
 void ApplyTrackFields(uint32_t track) {
   if (track >= SongTrackCount) return;
   TrackRecord& t = Tracks[track];
-  TrackRow row{};
   TrackNames[track] = TrackFields.name;  // an empty name is a name too
-  setText(row.play, t.playOff == 0 ? "On" : "Off");
-  setText(row.key, TrackFields.key);
   t.keyOffset = static_cast<int8_t>(FieldValue(TrackFields.key));
-  setText(row.velocity, TrackFields.velocity);
   t.velocityOffset = static_cast<int8_t>(FieldValue(TrackFields.velocity));
   // The feed adds Time+ to every event it sends: a change while the song runs would put it out of order.
   if (Capturing == 0 && Playing == 0) t.timeOffset = ParseTimeText(TrackFields.time);
-  setText(row.time, TimeText(t.timeOffset));
-  setText(row.channel, t.channel == 255 ? std::string("- - -") : std::to_string(t.channel + 1));
-  setText(row.repeats, TrackFields.repeats);
   t.repeats = static_cast<uint16_t>(FieldValue(TrackFields.repeats));
+  // Play, Time+ and Chn show the record; the other cells show the texts as entered.
+  TrackRow row = TrackRowOf(t);
+  setText(row.key, TrackFields.key);
+  setText(row.velocity, TrackFields.velocity);
+  setText(row.repeats, TrackFields.repeats);
   const auto controlStatus = static_cast<uint8_t>(t.channel | 0xB0);
   applySetting(row.pan, TrackFields.pan, t.pan, controlStatus, 10);
   applySetting(row.volume, TrackFields.volume, t.volume, controlStatus, 7);

@@ -5,7 +5,6 @@
 #include <QFontInfo>
 #include <QLineEdit>
 #include <QMdiSubWindow>
-#include <QTimer>
 
 #include "generator/banks.h"
 #include "generator/functions.h"
@@ -30,14 +29,12 @@ class BanksWindowTest : public ShellBench {
   static void select(shell::BanksWindow& window, int row) { window.list()->setCurrentRow(row); }
   // Answers the Bank Name dialog once it shows: the text typed, then OK.
   static void nameInTheDialog(const QString& name) {
-    QTimer::singleShot(0, [name] {
-      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-      ASSERT_NE(dialog, nullptr);
-      EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Bank Name"));
-      auto* field = dialog->findChild<QLineEdit*>(QString::number(ID_BANK_NAME_FIELD));
+    inNextDialog([name](QDialog& dialog) {
+      EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Bank Name"));
+      auto* field = dialog.findChild<QLineEdit*>(QString::number(ID_BANK_NAME_FIELD));
       ASSERT_NE(field, nullptr);
       QTest::keyClicks(field, name);
-      dialog->accept();
+      dialog.accept();
     });
   }
 };

@@ -5,7 +5,6 @@
 #include <QFileInfo>
 #include <QDialog>
 #include <QLineEdit>
-#include <QTimer>
 
 #include "shell/about_dialog.h"
 #include "shell/dialogs.h"
@@ -136,13 +135,11 @@ TEST_F(Screenshots, TheBanksWindowAndTheBankNameDialogArePictured) {
     window.button(500)->click();
   }
   window.list()->setCurrentRow(1);
-  QTimer::singleShot(0, [this] {
-    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    ASSERT_NE(dialog, nullptr);
-    dialog->findChild<QLineEdit*>(QStringLiteral("2152"))->setText(QStringLiteral("Strings in fifths"));
-    dialog->findChild<QLineEdit*>(QStringLiteral("2152"))->setModified(true);
-    shoot(*dialog, QStringLiteral("bank-name"));
-    dialog->accept();
+  inNextDialog([this](QDialog& dialog) {
+    dialog.findChild<QLineEdit*>(QStringLiteral("2152"))->setText(QStringLiteral("Strings in fifths"));
+    dialog.findChild<QLineEdit*>(QStringLiteral("2152"))->setModified(true);
+    shoot(dialog, QStringLiteral("bank-name"));
+    dialog.accept();
   });
   window.list()->actions().front()->trigger();
   shoot(*frame, QStringLiteral("banks"));

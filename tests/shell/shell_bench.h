@@ -6,7 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDialog>
 #include <QTest>
+#include <QTimer>
+#include <functional>
 #include <memory>
 
 #include "live/product_info.h"
@@ -81,6 +84,14 @@ class ShellBench : public ::testing::Test {
     ASSERT_NE(button, nullptr);
     QTest::mouseClick(button, Qt::LeftButton);
     deliver();
+  }
+  // What the user does in the next modal dialog, once it shows.
+  static void inNextDialog(std::function<void(QDialog&)> act) {
+    QTimer::singleShot(0, [act] {
+      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(dialog, nullptr) << "no dialog showed";
+      act(*dialog);
+    });
   }
   bool menuEnabled(uint32_t id) { return frame->menuAction(id)->isEnabled(); }
 

@@ -5,7 +5,6 @@
 #include <QDialog>
 #include <QLineEdit>
 #include <QMdiSubWindow>
-#include <QTimer>
 #include <algorithm>
 #include <functional>
 
@@ -42,13 +41,11 @@ class TracksWindowTest : public ShellBench {
     QTest::mousePress(list.viewport(), Qt::LeftButton, Qt::NoModifier, at);
     QTest::mouseRelease(list.viewport(), Qt::LeftButton, Qt::NoModifier, at);
   }
-  // Answers the Tracks dialog once it shows: edits, then OK, and what it saw.
+  // Answers the Tracks dialog once it shows, keeping its title.
   void answerTheDialog(std::function<void(QDialog&)> edit) {
-    QTimer::singleShot(0, [this, edit] {
-      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-      ASSERT_NE(dialog, nullptr);
-      dialogTitle = dialog->windowTitle();
-      edit(*dialog);
+    inNextDialog([this, edit](QDialog& dialog) {
+      dialogTitle = dialog.windowTitle();
+      edit(dialog);
     });
   }
   static QLineEdit* field(QDialog& dialog, uint32_t id) { return dialog.findChild<QLineEdit*>(QString::number(id)); }
@@ -109,6 +106,24 @@ TEST_F(TracksWindowTest, WhilePlayingAPressOrSpaceMovesOnlyTheCaret) {
   EXPECT_EQ(list.caret(), 1);
   QTest::keyClick(&list, Qt::Key_Space);
   EXPECT_EQ(SelectedTrackCount, 1) << "stopped, Space toggles the caret's row";
+}
+
+TEST_F(TracksWindowTest, TheArrowKeysMoveTheCaretAndWithItTheCurrentTrack) {
+  start();
+  auto& list = *openTracks().list();
+  QTest::keyClick(&list, Qt::Key_Down);
+  QTest::keyClick(&list, Qt::Key_Down);
+  list.grab();
+  EXPECT_EQ(list.caret(), 2);
+  EXPECT_EQ(RecordTrack, 2);
+  QTest::keyClick(&list, Qt::Key_End);
+  list.grab();
+  EXPECT_EQ(RecordTrack, 255);
+  EXPECT_GT(list.topIndex(), 200) << "the caret's row is scrolled into sight";
+  QTest::keyClick(&list, Qt::Key_Up);
+  QTest::keyClick(&list, Qt::Key_Home);
+  list.grab();
+  EXPECT_EQ(RecordTrack, 0);
 }
 
 TEST_F(TracksWindowTest, ADoubleClickInTheCheckCellTogglesTwice) {

@@ -5,6 +5,11 @@
 
 #include "song/song_store.h"
 
+// A channel or meta event at an absolute time, not yet linked.
+inline MidiEvent ev(uint32_t time, uint8_t status, uint8_t v1 = 0, uint8_t v2 = 0) {
+  return MidiEvent{time, status, v1, v2, 0, nullptr, 0, 0, 0, 0};
+}
+
 inline void ClearSongTracks() {
   for (auto& track : Tracks) {
     FreeEvents(track.events);

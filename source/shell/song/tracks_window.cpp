@@ -146,20 +146,21 @@ void TracksListWidget::paintEvent(QPaintEvent*) {
   painter.fillRect(viewport()->rect(), Qt::white);
   const int h = rowHeight();
   const int top = verticalScrollBar()->value();
+  const std::array<int, 13> edges = TrackColumnEdges(this);
   for (int row = top, y = 0; row < count() && y < viewport()->height(); ++row, y += h) {
-    paintRow(painter, row, y, hasFocus() && row == caret_);
+    paintRow(painter, edges, row, y, hasFocus() && row == caret_);
   }
 }
 
-void TracksListWidget::paintRow(QPainter& painter, int row, int y, bool focus) {
+void TracksListWidget::paintRow(QPainter& painter, const std::array<int, 13>& edges, int row, int y, bool focus) {
   // The row painted as holding the focus is the current track: the caret carries RecordTrack along.
   if (focus) RecordTrack = static_cast<uint8_t>(row);
   const int h = rowHeight();
-  const std::array<int, 13> edges = TrackColumnEdges(this);
   paintCheckCell(painter, QRect(0, y, edges[0], h), selected_[static_cast<std::size_t>(row)]);
   const QBrush background = focus ? QBrush(QColor(160, 160, 160), Qt::Dense6Pattern) : QBrush(Qt::white);
-  painter.fillRect(QRect(edges[0], y, edges[12] - edges[0], h), Qt::white);
-  painter.fillRect(QRect(edges[0], y, edges[12] - edges[0], h), background);
+  const QRect cells(edges[0], y, edges[12] - edges[0], h);
+  painter.fillRect(cells, Qt::white);  // under the pattern, whose other pixels are left as they are
+  painter.fillRect(cells, background);
   for (int column = 0; column < 12; ++column) {
     const QRect cell(edges[static_cast<std::size_t>(column)], y,
                      edges[static_cast<std::size_t>(column) + 1] - edges[static_cast<std::size_t>(column)], h);

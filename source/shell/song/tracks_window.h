@@ -50,7 +50,7 @@ class TracksListWidget final : public QAbstractScrollArea, public platform::List
   void moveCaret(int row);
   void toggle(int row);
   void updateScrollRange();
-  void paintRow(QPainter& painter, int row, int y, bool focus);
+  void paintRow(QPainter& painter, const std::array<int, 13>& edges, int row, int y, bool focus);
   std::array<bool, SongTrackCount> selected_{};
   int caret_ = 0;
 };
