@@ -140,7 +140,7 @@ TEST_F(EventTextTest, TheRowsOfTheSelectedTracksStandInTimeOrderWithoutNoteOffs)
   Tracks[7].events = b.data();
   Tracks[7].count = 3;
   const uint32_t selected[] = {7, 2, TempoTrack};
-  const std::vector<EventRow> rows = BuildEventRows(selected, 3);
+  const std::vector<EventRow> rows = EventRowsOf(selected, 3);
   Tracks[2] = TrackRecord{};
   Tracks[7] = TrackRecord{};
   ASSERT_EQ(rows.size(), 3u);
@@ -149,7 +149,7 @@ TEST_F(EventTextTest, TheRowsOfTheSelectedTracksStandInTimeOrderWithoutNoteOffs)
   EXPECT_EQ(rows[1].event, &b[0]);
   EXPECT_EQ(rows[1].track, 7);
   EXPECT_EQ(rows[2].event, &a[2]);
-  EXPECT_TRUE(BuildEventRows(selected, 0).empty());
+  EXPECT_TRUE(EventRowsOf(selected, 0).empty());
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ class Dialogs : public LiveBench {
     start();
   }
   void TearDown() override {
-    EventRows = nullptr;
+    DropEventRows();
     LiveBench::TearDown();
   }
 
@@ -369,9 +369,8 @@ TEST_F(Dialogs, EditingNothingInFromToOrGoToLeavesTheBoundsUntouched) {
 TEST_F(Dialogs, GoToMovesTheSongAndTheClockAndTheEventsListsRow) {
   fourFour();
   install(0, {note(0), note(240), note(480), note(960)});
-  RecordingEventRows rows;
-  rows.times = {0, 240, 480, 960};
-  EventRows = &rows;
+  ListEventRowsOf({0});
+  ASSERT_EQ(EventRowCount, 4u);
   EventsOpen = 1;
   EventsList = &list;
   ApplyGoToDialog("2:1:0", true);

@@ -113,23 +113,21 @@ TEST_F(SongFiles, ResetClearsTouchedTracksButLeavesTheRowOfAnUntouchedTrack) {
 TEST_F(SongFiles, ResetEmptiesTheOpenViewsAndTheSelection) {
   RecordingList tracks, events;
   RecordingLyrics lyrics;
-  RecordingEventRows rows;
-  rows.times = {0, 10};
+  install(2, {ev(0, 0xB0, 7, 90), ev(10, 0xB0, 7, 80)});
   TracksList = &tracks;
   EventsList = &events;
-  EventRows = &rows;
   LyricsEdit = &lyrics;
   TracksOpen = EventsOpen = LyricsOpen = 1;
   tracks.selected = {2, 4};
-  SelectedTracks[0] = 2;
-  SelectedTracks[1] = 4;
-  SelectedTrackCount = 2;
+  ListEventRowsOf({2, 4});
+  ASSERT_EQ(EventRowCount, 2u);
   const int updates = frame.updates;
   ResetSong();
   EXPECT_TRUE(tracks.selected.empty());
   EXPECT_EQ(SelectedTrackCount, 0);
   EXPECT_EQ(events.clears, 1);
-  EXPECT_EQ(rows.drops, 1) << "the rows go before the events they point into";
+  EXPECT_TRUE(EventRows.empty()) << "the rows go before the events they point into";
+  EXPECT_EQ(EventRowCount, 0u);
   EXPECT_EQ(lyrics.text, "");
   EXPECT_GT(frame.updates, updates);
   EXPECT_GT(tracks.repaints, 0);

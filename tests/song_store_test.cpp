@@ -115,21 +115,21 @@ TEST_F(SongTest, DeleteTakesTheTrackOutOfTheOpenTracksListAndRefreshesTheEventsL
   install(2, {ev(0, 0x90, 60, 1)});
   install(3, {ev(0, 0x90, 62, 1)});
   RecordingList tracks, events;
-  platform::RecordingView eventsWindow;
   RecordingFrame frame;
   tracks.selected = {2, 3};
   TracksList = &tracks;
   EventsList = &events;
-  EventsWindow = &eventsWindow;
   FrameWindow = &frame;
   TracksOpen = EventsOpen = 1;
+  ListEventRowsOf({2, 3});
   BuildTrackRow(2);
   DeleteTrack(2);
   EXPECT_EQ(tracks.selected, (std::set<int>{3}));
   EXPECT_EQ(SelectedTrackCount, 1);
   EXPECT_EQ(SelectedTracks[0], 3u);
   EXPECT_EQ(frame.updates, 1);
-  EXPECT_EQ(eventsWindow.refreshes, 1);
+  ASSERT_EQ(EventRowCount, 1u) << "the list is rebuilt from the tracks left";
+  EXPECT_EQ(EventRows[0].track, 3);
   EXPECT_EQ(events.repaints, 1);
   EXPECT_FALSE(TrackRowAt(2) != nullptr);
   ClearViewRegistry();
@@ -143,6 +143,21 @@ TEST_F(SongTest, WithTheViewsClosedTheSelectionStillNamesTheDeletedTrack) {
   EXPECT_EQ(SelectedTrackCount, 1);
   EXPECT_EQ(Tracks[2].count, 0u);
   SelectedTrackCount = 0;
+}
+
+TEST_F(SongTest, DeletingASelectedTrackWithOnlyTheEventsListOpenLeavesNoRowInItsFreedEvents) {
+  install(2, {ev(0, 0xB0, 7, 1), ev(5, 0xB0, 7, 2)});
+  install(3, {ev(0, 0xC0, 4)});
+  RecordingList events;
+  EventsList = &events;
+  EventsOpen = 1;
+  ListEventRowsOf({2, 3});
+  ASSERT_EQ(EventRowCount, 3u);
+  DeleteTrack(2);
+  EXPECT_EQ(SelectedTrackCount, 2) << "with the manager closed the selection stands";
+  ASSERT_EQ(EventRowCount, 1u);
+  EXPECT_EQ(EventRows[0].event, Tracks[3].events);
+  ClearViewRegistry();
 }
 
 TEST_F(SongTest, TheTempoTrackIsNeverTouched) {

@@ -11,7 +11,7 @@ class TracksManagerTest : public SongBench {
   void SetUp() override {
     SongBench::SetUp();
     TracksList = &tracks;
-    EventsWindow = &eventsWindow;
+    EventsList = &events;
     TracksOpen = 1;
     RecordTrack = 4;
     devices.clearSent();
@@ -45,7 +45,7 @@ class TracksManagerTest : public SongBench {
     return e;
   }
   RecordingList tracks;
-  platform::RecordingView eventsWindow;
+  RecordingList events;
 };
 
 TEST_F(TracksManagerTest, TheFieldsShowTheCurrentTracksSettingsWithNoneAsMinus1) {
@@ -256,10 +256,13 @@ TEST_F(TracksManagerTest, SelectTogglesTheCurrentTrackAndRebuildsTheOpenEventsLi
   EXPECT_EQ(tracks.selected, (std::set<int>{4}));
   EXPECT_EQ(SelectedTrackCount, 1);
   EXPECT_EQ(SelectedTracks[0], 4u);
-  EXPECT_EQ(eventsWindow.refreshes, 1);
+  EXPECT_EQ(EventRowCount, 1u) << "the note's row";
+  EXPECT_EQ(events.repaints, 1);
   SelectCurrentTrack();
   EXPECT_TRUE(tracks.selected.empty());
   EXPECT_EQ(SelectedTrackCount, 0);
+  EXPECT_EQ(EventRowCount, 0u);
+  EXPECT_EQ(events.clears, 1) << "no rows: the list is emptied";
   RecordTrack = 5;  // no events
   SelectCurrentTrack();
   EXPECT_TRUE(tracks.selected.empty());

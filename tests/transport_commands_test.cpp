@@ -145,10 +145,8 @@ TEST_F(Transport, GoToEndInASongWithoutTracksGoesTo0) {
 }
 
 TEST_F(Transport, GoToEndSetsTheEventsListOnTheRowBeforeThePosition) {
-  install(0, {event(0, 0x90, 60, 90), event(300, 0x90, 60, 0)});
-  RecordingEventRows rows;
-  rows.times = {0, 300};
-  EventRows = &rows;
+  install(0, {event(0, 0xB0, 7, 90), event(300, 0xB0, 7, 1)});
+  ListEventRowsOf({0});
   RecordingList events;
   EventsList = &events;
   EventsOpen = 1;
@@ -207,10 +205,8 @@ TEST_F(Transport, WithLinkOnAndTheGeneratorRunningPlayRestartsTheClockWithTheSon
 }
 
 TEST_F(Transport, PlayRemembersTheEventsListsTopRowAndTheSeekPlacesItsCursor) {
-  install(0, {event(0, 0x90, 60, 90), event(100, 0x90, 60, 0), event(200, 0xB0, 7, 1)});
-  RecordingEventRows rows;
-  rows.times = {0, 100, 200};
-  EventRows = &rows;
+  install(0, {event(0, 0xB0, 7, 90), event(100, 0xB0, 7, 80), event(200, 0xB0, 7, 1)});
+  ListEventRowsOf({0});
   RecordingList events;
   events.top = 1;
   EventsList = &events;
@@ -224,11 +220,10 @@ TEST_F(Transport, PlayRemembersTheEventsListsTopRowAndTheSeekPlacesItsCursor) {
 }
 
 TEST_F(Transport, TheFollowMovesTheCursorWithTheMusicAndTurnsTheListAPageAtATime) {
-  install(0, {event(0, 0x90, 60, 90), event(10, 0x90, 60, 0), event(20, 0x90, 62, 90), event(30, 0x90, 62, 0),
-              event(40, 0x90, 64, 90), event(50, 0x90, 64, 0)});
-  RecordingEventRows rows;
-  rows.times = {0, 10, 20, 30, 40, 50};
-  EventRows = &rows;
+  install(0, {event(0, 0xB0, 7, 90), event(10, 0xB0, 7, 80), event(20, 0xB0, 7, 70), event(30, 0xB0, 7, 60),
+              event(40, 0xB0, 7, 50), event(50, 0xB0, 7, 40)});
+  ListEventRowsOf({0});
+  ASSERT_EQ(EventRowCount, 6u);
   RecordingList events;
   EventsList = &events;
   EventsOpen = 1;

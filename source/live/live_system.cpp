@@ -22,6 +22,7 @@
 #include "song/song_files.h"
 #include "song/song_store.h"
 #include "transport/playback_feed.h"
+#include "song/events_list.h"
 
 namespace {
 
@@ -107,7 +108,7 @@ void freeSong() {
   }
   ActiveTrackCount = 0;
   for (auto& name : TrackNames) name.reset();
-  if (EventRows != nullptr) EventRows->dropRows();
+  DropEventRows();
 }
 
 }  // namespace

@@ -100,12 +100,6 @@ void applyBoundDialog(bool from, const std::string& text, bool edited) {
   moveBound(from, ParseTimeText(field), parsedTimeText(field));
 }
 
-void moveSongPosition(uint32_t p) {
-  SongPosition = p;
-  if (TheClock != nullptr) TheClock->now = p;
-  if (ControlBar != nullptr) ControlBar->drawCounter(p);
-}
-
 // A click: a note-on of the key and velocity on the channel, counted from 1.
 uint32_t clickMessage(const std::string& channel, const std::string& key, const std::string& velocity) {
   const auto byte = [](int32_t value) { return static_cast<uint32_t>(value) & 0xFF; };
@@ -275,7 +269,7 @@ void ApplyToDialog(const std::string& text, bool edited) { applyBoundDialog(fals
 
 void ApplyGoToDialog(const std::string& text, bool edited) {
   if (!edited) return;
-  moveSongPosition(ParseTimeText(edited15(text)));
+  MoveSongPosition(ParseTimeText(edited15(text)));
   FeedCursorRow = FirstEventRowAt(SongPosition);
   if (EventsOpen == 1 && EventsList != nullptr) {
     EventsList->setTopIndex(static_cast<int>(FeedCursorRow));
@@ -293,9 +287,9 @@ void SelectFromHome() { moveBoundTo(true, SongStart()); }
 
 void SelectToEnd() { moveBoundTo(false, SongEnd()); }
 
-void GoToBeginning() { moveSongPosition(SongStart()); }
+void GoToBeginning() { MoveSongPosition(SongStart()); }
 
-void GoToSongEnd() { moveSongPosition(SongEnd()); }
+void GoToSongEnd() { MoveSongPosition(SongEnd()); }
 
 // ---- Filters ----
 

@@ -243,6 +243,26 @@ inline constexpr uint32_t ID_TRACK_PAN = 109;
 inline constexpr uint32_t ID_TRACK_PATCH = 110;
 inline constexpr uint32_t ID_TRACK_VOLUME = 111;
 
+// The Events list's dialogs: one per kind of event, and Insert (129).
+inline constexpr uint32_t DLG_NOTE_EVENT = 120;
+inline constexpr uint32_t DLG_KEY_AFTERTOUCH_EVENT = 124;
+inline constexpr uint32_t DLG_CONTROLLER_EVENT = 125;
+inline constexpr uint32_t DLG_PATCH_EVENT = 126;
+inline constexpr uint32_t DLG_CHANNEL_AFTERTOUCH_EVENT = 127;
+inline constexpr uint32_t DLG_PITCH_WHEEL_EVENT = 128;
+inline constexpr uint32_t DLG_EVENT_INSERT = 129;
+inline constexpr uint32_t ID_EVENT_TIME = 1107;
+inline constexpr uint32_t ID_EVENT_PITCH = 513;
+inline constexpr uint32_t ID_EVENT_VELOCITY = 514;
+inline constexpr uint32_t ID_EVENT_END = 515;
+inline constexpr uint32_t ID_EVENT_CHANNEL = 516;
+inline constexpr uint32_t ID_EVENT_VALUE = 517;
+inline constexpr uint32_t ID_EVENT_CONTROLLER = 518;
+inline constexpr uint32_t ID_EVENT_KEY = 519;
+inline constexpr uint32_t ID_EVENT_OCTAVE = 520;
+inline constexpr uint32_t ID_INSERT_FIRST_KIND = 2114;  // 2114..2119, one radio button per kind
+inline constexpr uint32_t ID_INSERT_TRACK = 2121;
+
 // The Meter dialog (115) and the Metronome dialog (116).
 inline constexpr uint32_t DLG_METER = 115;
 inline constexpr uint32_t DLG_METRONOME = 116;

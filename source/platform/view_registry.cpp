@@ -8,7 +8,6 @@ SharedWord<uint32_t> TracksOpen, EventsOpen, ControllersOpen, LyricsOpen, Contro
 
 platform::ListView* TracksList = nullptr;
 platform::ListView* EventsList = nullptr;
-platform::RefreshableView* EventsWindow = nullptr;
 platform::RefreshableView* LyricsWindow = nullptr;
 platform::LyricsEditView* LyricsEdit = nullptr;
 platform::RefreshableView* ControlPanelWindow = nullptr;
@@ -17,7 +16,6 @@ platform::RefreshableView* FunctionsWindow = nullptr;
 platform::RefreshableView* BoardsWindow = nullptr;
 platform::RefreshableView* BanksWindow = nullptr;
 platform::ControlBarView* ControlBar = nullptr;
-platform::EventRowsView* EventRows = nullptr;
 platform::FrameView* FrameWindow = nullptr;
 uint32_t EventsRowsInSight = 0;
 platform::MessageTarget* ControlBarWindow = nullptr;
@@ -63,11 +61,9 @@ void ClearViewRegistry() {
   }
   TracksList = EventsList = nullptr;
   LyricsEdit = nullptr;
-  EventsWindow = nullptr;
   LyricsWindow = ControlPanelWindow = FunctionsWindow = BoardsWindow = BanksWindow = nullptr;
   DistributionsWindow = nullptr;
   ControlBar = nullptr;
   FrameWindow = nullptr;
-  EventRows = nullptr;
   EventsRowsInSight = 0;
 }

@@ -97,19 +97,6 @@ class FrameView {
   ~FrameView() = default;
 };
 
-// The Events list's rows, each an event of the selected tracks in time order:
-// the list builds them, the playback cursor and Go to read their times.
-class EventRowsView {
- public:
-  virtual uint32_t rowCount() = 0;
-  virtual uint32_t rowTime(uint32_t row) = 0;
-  // The rows go, before the events they point into are freed.
-  virtual void dropRows() = 0;
-
- protected:
-  ~EventRowsView() = default;
-};
-
 // A view fake that counts its refreshes.
 class RecordingView final : public RefreshableView {
  public:
@@ -124,8 +111,6 @@ extern SharedWord<uint32_t> TracksOpen, EventsOpen, ControllersOpen, LyricsOpen,
 
 extern platform::ListView* TracksList;
 extern platform::ListView* EventsList;
-// The Events list's view, whose refresh rebuilds its rows from the selected tracks.
-extern platform::RefreshableView* EventsWindow;
 extern platform::RefreshableView* LyricsWindow;
 extern platform::LyricsEditView* LyricsEdit;
 extern platform::RefreshableView* ControlPanelWindow;
@@ -134,8 +119,6 @@ extern platform::RefreshableView* FunctionsWindow;
 extern platform::RefreshableView* BoardsWindow;
 extern platform::RefreshableView* BanksWindow;
 extern platform::ControlBarView* ControlBar;
-// Null while no Events list keeps rows.
-extern platform::EventRowsView* EventRows;
 extern platform::FrameView* FrameWindow;
 // Rows of the Events list in sight, which its view works out on each change of size.
 extern uint32_t EventsRowsInSight;

@@ -64,6 +64,12 @@ void StartClockAt(uint32_t p) {
   ReStartSync(clock);
 }
 
+void MoveSongPosition(uint32_t p) {
+  SongPosition = p;
+  if (TheClock != nullptr) TheClock->now = p;
+  if (ControlBar != nullptr) ControlBar->drawCounter(p);
+}
+
 uint32_t ClockNow() { return TheClock != nullptr ? TheClock->now.load() : 0; }
 
 void PostSyncTick() { platform::post(ControlBarWindow, NM_SYNC_TICK, 0, reinterpret_cast<uintptr_t>(TheClock)); }

@@ -27,6 +27,8 @@ void StartClockForGenerator();
 // Stops the clock, keeps where it stopped in SongPosition, and has the
 // Control Bar's counter drawn there.
 void StopClockAtNow();
+// SongPosition and the clock's time at p, and the counter drawn there.
+void MoveSongPosition(uint32_t p);
 // The clock's time in ticks; 0 while there is no clock.
 uint32_t ClockNow();
 // Posts NM_SYNC_TICK to the Control Bar, which draws the counter or ends the song.

@@ -128,7 +128,7 @@ bool HasEventRow(const MidiEvent& e) {
   return e.status != 0xF0;
 }
 
-std::vector<EventRow> BuildEventRows(const uint32_t* tracks, int32_t count) {
+std::vector<EventRow> EventRowsOf(const uint32_t* tracks, int32_t count) {
   std::vector<EventRow> rows;
   for (int32_t i = 0; i < count; ++i) {
     const uint32_t track = tracks[i];

@@ -48,4 +48,4 @@ struct EventRow {
 };
 // The rows of the tracks named, track by track and each in array order, then
 // sorted by time; the sort is not stable, so equal times may stand in any order.
-std::vector<EventRow> BuildEventRows(const uint32_t* tracks, int32_t count);
+std::vector<EventRow> EventRowsOf(const uint32_t* tracks, int32_t count);

@@ -20,6 +20,7 @@
 #include "song/song_tempo.h"
 #include "song/track_rows.h"
 #include "platform/command_ids.h"
+#include "song/events_list.h"
 
 using namespace platform;
 
@@ -283,7 +284,7 @@ void ResetSong() {
   }
   for (uint32_t t = 0; t < SongTrackCount; ++t) TrackNames[t].reset();
   if (EventsOpen == 1 && EventsList != nullptr) EventsList->clear();
-  if (EventRows != nullptr) EventRows->dropRows();
+  DropEventRows();
   SongFilePath.clear();
   SongTitle = "No name";
   SongDirty = 0;

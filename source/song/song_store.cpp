@@ -10,6 +10,7 @@
 #include "platform/prompts.h"
 #include "platform/view_registry.h"
 #include "song/track_rows.h"
+#include "song/events_list.h"
 
 std::array<TrackRecord, SongTrackCount + 1> Tracks;
 SharedWord<uint32_t> SongResolution = 120;
@@ -157,10 +158,6 @@ void DeleteTrack(uint32_t track) {
     TracksList->repaint();
     ReadSelection();
   }
-  if (EventsOpen == 1) {
-    if (EventsWindow != nullptr) EventsWindow->refresh();
-    if (EventsList != nullptr) EventsList->repaint();
-  }
   // Deleting any track puts the current track's settings back to their
   // defaults; the deleted track's own record keeps its settings.
   TouchTrack(RecordTrack);
@@ -174,12 +171,16 @@ void DeleteTrack(uint32_t track) {
   // take's track, cleared before the take goes in) leaves the list in its order.
   const bool listed = std::find(ActiveTracks.begin(), ActiveTracks.begin() + ActiveTrackCount, track) !=
                       ActiveTracks.begin() + ActiveTrackCount;
-  if (t.events == nullptr && !listed) return;
-  FreeEvents(t.events);
-  t.events = nullptr;
-  t.count = 0;
-  ActiveTrackCount = 0;
-  for (uint32_t n = 0; n <= SongTrackCount; ++n) {
-    if (Tracks[n].events != nullptr) ActiveTracks[ActiveTrackCount++] = n;
+  if (t.events != nullptr || listed) {
+    FreeEvents(t.events);
+    t.events = nullptr;
+    t.count = 0;
+    ActiveTrackCount = 0;
+    for (uint32_t n = 0; n <= SongTrackCount; ++n) {
+      if (Tracks[n].events != nullptr) ActiveTracks[ActiveTrackCount++] = n;
+    }
   }
+  // The list is rebuilt once the events are gone: with the manager closed the
+  // track stays selected, and rows built before the free would point into it.
+  RefreshEventsList();
 }

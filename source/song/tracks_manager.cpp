@@ -9,6 +9,7 @@
 #include "platform/view_registry.h"
 #include "song/song_store.h"
 #include "song/track_rows.h"
+#include "song/events_list.h"
 
 TrackFieldTexts TrackFields;
 
@@ -141,7 +142,7 @@ bool TrackRowMayToggle(uint32_t row) { return Playing == 0 && Recording == 0 && 
 
 void TrackSelectionChanged() {
   ReadSelection();
-  if (EventsOpen == 1 && EventsWindow != nullptr) EventsWindow->refresh();
+  RefreshEventsList();
 }
 
 void SelectCurrentTrack() {

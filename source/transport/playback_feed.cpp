@@ -8,6 +8,7 @@
 #include "midi/transport_words.h"
 #include "platform/view_registry.h"
 #include "song/song_store.h"
+#include "song/events_list.h"
 
 SharedWord<uint32_t> FeedRemaining;
 SharedWord<uint32_t> FeedLastTime;
@@ -28,7 +29,9 @@ uint32_t nextKey(const TrackRecord& t) {
   return t.events[t.cursor].time + t.timeOffset + cycle * t.repeatsDone + t.repeatsDone;
 }
 
-uint32_t eventRowCount() { return EventRows != nullptr ? EventRows->rowCount() : 0; }
+uint32_t eventRowCount() { return std::min<uint32_t>(EventRowCount, static_cast<uint32_t>(EventRows.size())); }
+
+uint32_t rowTime(uint32_t row) { return EventRows[row].event->time; }
 
 }  // namespace
 
@@ -62,14 +65,14 @@ void SeekFeed(uint32_t position) {
 uint32_t FirstEventRowAt(uint32_t position) {
   const uint32_t count = eventRowCount();
   uint32_t row = 0;
-  while (row < count && EventRows->rowTime(row) < position) ++row;
+  while (row < count && rowTime(row) < position) ++row;
   return row;
 }
 
 void EventFollowNotice(uint32_t position) {
   const uint32_t count = eventRowCount();
   if (FeedCursorRow >= count) return;
-  while (FeedCursorRow < count && EventRows->rowTime(FeedCursorRow) <= position) ++FeedCursorRow;
+  while (FeedCursorRow < count && rowTime(FeedCursorRow) <= position) ++FeedCursorRow;
   if (FeedCursorRow == FeedShownRow) return;
   if (TheClock != nullptr) TheClock->followEnabled = 0;
   // The list turns over a page at a time rather than row by row.

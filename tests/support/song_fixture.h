@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "song/events_list.h"
 #include "song/song_store.h"
 
 // A channel or meta event at an absolute time, not yet linked.
@@ -20,6 +21,14 @@ inline void ClearSongTracks() {
   for (auto& name : TrackNames) name.reset();
   TouchedTracks = {};
   SelectedTrackCount = 0;
+  DropEventRows();
+}
+
+// The Events list's rows of the tracks named, as an open list would hold them.
+inline void ListEventRowsOf(std::initializer_list<uint32_t> tracks) {
+  SelectedTrackCount = 0;
+  for (uint32_t t : tracks) SelectedTracks[static_cast<std::size_t>(SelectedTrackCount++)] = t;
+  EventRowCount = BuildEventRows();
 }
 
 // A test on an empty song at 120 ticks a quarter in 4/4.

@@ -40,19 +40,6 @@ class RecordingFrame final : public platform::FrameView {
   std::map<uint32_t, bool> checked;
 };
 
-// The Events list's rows, by the times of their events.
-class RecordingEventRows final : public platform::EventRowsView {
- public:
-  uint32_t rowCount() override { return static_cast<uint32_t>(times.size()); }
-  uint32_t rowTime(uint32_t row) override { return times.at(row); }
-  void dropRows() override {
-    times.clear();
-    ++drops;
-  }
-  std::vector<uint32_t> times;
-  int drops = 0;
-};
-
 class RecordingList final : public platform::ListView {
  public:
   int count() override { return rows; }
