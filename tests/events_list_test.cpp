@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/command_ids.h"
+#include "song/recording.h"
 #include "song/track_rows.h"
 #include "support/song_bench.h"
 
@@ -83,6 +84,18 @@ TEST_F(EventsListTest, AClosedListKeepsNoRows) {
   show({1});
   EXPECT_TRUE(EventRows.empty());
   EXPECT_EQ(EventRowCount, 0u);
+}
+
+TEST_F(EventsListTest, AKeptTakeReplacesItsTracksRowsWhenTheTrackIsSelected) {
+  install(2, {ev(0, 0xB0, 7, 1)});
+  show({2});
+  RecordTrack = 2;
+  TakeBuffer[0] = ev(10, 0xC0, 5);
+  TakeCount = 1;
+  KeepTake();
+  ASSERT_EQ(EventRowCount, 1u);
+  EXPECT_EQ(EventRows[0].event, Tracks[2].events) << "the rows point into the take's array";
+  EXPECT_EQ(rowEvent(0).status, 0xC0);
 }
 
 // ---- input ----

@@ -29,6 +29,7 @@
 #include "shell/generator/distributions_window.h"
 #include "shell/generator/functions_window.h"
 #include "shell/help.h"
+#include "shell/song/events_window.h"
 #include "shell/song/tracks_window.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
@@ -175,7 +176,7 @@ constexpr uint32_t EditCommands[] = {CMD_COPY,   CMD_CUT,       CMD_PASTE,    CM
                                      CMD_LENGTH, CMD_TRANSPOSE, CMD_VELOCITY, CMD_SLIDE};
 
 // The commands whose view or dialog is not part of Velmora yet: they stay gray.
-constexpr uint32_t NotYetAvailableCommands[] = {CMD_VIEW_EVENTS, CMD_VIEW_CONTROLLERS, CMD_VIEW_LYRICS};
+constexpr uint32_t NotYetAvailableCommands[] = {CMD_VIEW_CONTROLLERS, CMD_VIEW_LYRICS};
 
 // The commands that only a stopped transport allows.
 constexpr uint32_t IdleCommands[] = {CMD_NEW_SONG,     CMD_OPEN_SONG,           CMD_SAVE_SONG,      CMD_SAVE_SONG_AS,
@@ -395,6 +396,9 @@ void MainFrame::openView(uint32_t id) {
       case CMD_VIEW_BOARDS: openMdiChild(new shell::BoardsWindow, 0, 0, clientRect_.width(), 278); return;
       case CMD_VIEW_BANKS: openMdiChild(new shell::BanksWindow, 0, 0, 510, 195); return;
       case CMD_VIEW_TRACKS: openMdiChild(new shell::TracksWindow, 0, 0, clientRect_.width(), 156); return;
+      case CMD_VIEW_EVENTS:
+        openMdiChild(new shell::EventsWindow, 0, 156, clientRect_.width(), clientRect_.height() - 156);
+        return;
       default: return;
     }
   }

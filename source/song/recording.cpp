@@ -8,6 +8,7 @@
 #include "platform/view_registry.h"
 #include "song/note_linking.h"
 #include "song/song_store.h"
+#include "song/events_list.h"
 
 std::array<uint32_t, 128> SoundingInput{};
 uint32_t QuantizeRecord = 0;
@@ -119,4 +120,6 @@ void KeepTake() {
   InstallTrack(track, TakeCount, TakeBuffer.data());
   BuildTrackRow(track);
   if (TracksOpen == 1 && TracksList != nullptr) TracksList->repaint();
+  // The take's new array shows in the list when its track is selected.
+  RefreshEventsList();
 }

@@ -13,6 +13,7 @@
 #include "generator/banks.h"
 #include "shell/generator/banks_window.h"
 #include "shell/generator/boards_window.h"
+#include "shell/song/events_window.h"
 #include "shell/song/tracks_window.h"
 #include "song/song_files.h"
 #include "song/tracks_manager.h"
@@ -28,6 +29,18 @@ namespace {
 class Screenshots : public ShellBench {
  protected:
   QString folder() const { return QStringLiteral(QT_TESTCASE_BUILDDIR "/screenshots"); }
+
+  // Velmora at 1024 by 700 with a multi-track song loaded and only the Tracks manager open.
+  void showLoadedSongInTracks() {
+    ASSERT_TRUE(QDir().mkpath(folder()));
+    start();
+    frame->resize(1024, 700);
+    frame->takeClientRect();
+    frame->command(24365);
+    ASSERT_TRUE(LoadSong(VELMORA_TEST_DATA "/format1_track_names.mid"));
+    frame->command(1619);
+    deliver();
+  }
   // Shows the widget, lets it lay itself out, and writes its picture.
   void shoot(QWidget& widget, const QString& name) {
     widget.show();
@@ -149,14 +162,7 @@ TEST_F(Screenshots, TheBanksWindowAndTheBankNameDialogArePictured) {
 // The Tracks manager over a loaded song, with one track selected, one given
 // settings, and the Tracks dialog.
 TEST_F(Screenshots, TheTracksManagerWithALoadedSongAndItsDialogArePictured) {
-  ASSERT_TRUE(QDir().mkpath(folder()));
-  start();
-  frame->resize(1024, 700);
-  frame->takeClientRect();
-  frame->command(24365);
-  ASSERT_TRUE(LoadSong(VELMORA_TEST_DATA "/format1_track_names.mid"));
-  frame->command(1619);
-  deliver();
+  showLoadedSongInTracks();
   auto* list = static_cast<shell::TracksListWidget*>(::TracksList);
   list->setSelected(1, true);
   TrackSelectionChanged();
@@ -170,6 +176,39 @@ TEST_F(Screenshots, TheTracksManagerWithALoadedSongAndItsDialogArePictured) {
   shell::TrackDialog dialog(frame.get());
   shoot(dialog, QStringLiteral("track-dialog"));
   TrackFields = {};
+}
+
+// Both song views over a loaded song: two tracks selected in the manager, their
+// events listed below with a note's row selected, and every event dialog.
+TEST_F(Screenshots, TheEventsListWithALoadedSongAndItsDialogsArePictured) {
+  showLoadedSongInTracks();
+  auto* tracks = static_cast<shell::TracksListWidget*>(::TracksList);
+  tracks->setSelected(0, true);
+  tracks->setSelected(1, true);
+  TrackSelectionChanged();
+  frame->command(1620);
+  deliver();
+  auto* events = static_cast<shell::EventsListWidget*>(::EventsList);
+  ASSERT_GT(EventRowCount, 2u);
+  events->setCurrent(2);
+  events->setFocus();
+  shoot(*frame, QStringLiteral("events"));
+  std::array<MidiEvent, 2> note{{{480, 0x90, 64, 100, 0, nullptr, 0, 0, 0, 0}, {720, 0x90, 64, 0, 0, nullptr, 0, 0, 0, 0}}};
+  note[0].link = &note[1];
+  shell::EventDialog noteDialog(frame.get(), DLG_NOTE_EVENT, note[0]);
+  shoot(noteDialog, QStringLiteral("event-note"));
+  const std::pair<uint32_t, MidiEvent> others[] = {
+      {DLG_KEY_AFTERTOUCH_EVENT, {120, 0xA1, 60, 30, 0, nullptr, 0, 0, 0, 0}},
+      {DLG_CONTROLLER_EVENT, {240, 0xB0, 7, 100, 0, nullptr, 0, 0, 0, 0}},
+      {DLG_PATCH_EVENT, {0, 0xC2, 24, 0, 0, nullptr, 0, 0, 0, 0}},
+      {DLG_CHANNEL_AFTERTOUCH_EVENT, {360, 0xD0, 50, 0, 0, nullptr, 0, 0, 0, 0}},
+      {DLG_PITCH_WHEEL_EVENT, {600, 0xE0, 0, 80, 0, nullptr, 0, 0, 0, 0}}};
+  for (auto [dialogId, event] : others) {
+    shell::EventDialog dialog(frame.get(), dialogId, event);
+    shoot(dialog, QStringLiteral("event-%1").arg(dialogId));
+  }
+  shell::InsertEventDialog insert(frame.get());
+  shoot(insert, QStringLiteral("event-insert"));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "midi/transport_words.h"
 #include "shell/song/tracks_window.h"
+#include "song/events_list.h"
 #include "song/song_files.h"
 #include "song/track_rows.h"
 #include "song/tracks_manager.h"
@@ -220,6 +221,13 @@ TEST_F(TracksWindowTest, AMutedAndATransposedTrackPlayTheFilesNotesWithThoseChan
   }
   ASSERT_EQ(Tracks[0].keyOffset, 12);
   ASSERT_EQ(Tracks[1].playOff, 1);
+  // Both views show: the two tracks selected, their events listed below.
+  pressAt(list, inCheckCell(list, 0));
+  pressAt(list, inCheckCell(list, 1));
+  frame->command(CMD_VIEW_EVENTS);
+  deliver();
+  ASSERT_EQ(EventsOpen, 1u);
+  EXPECT_EQ(EventRowCount, EventRowsOf(SelectedTracks.data(), SelectedTrackCount).size());
   devices->clearSent();
   click(101);  // Play
   passes(150);

@@ -5,13 +5,13 @@
 #include <QFormLayout>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QScreen>
 #include <QScrollBar>
 #include <QVBoxLayout>
 #include <algorithm>
 
 #include "platform/command_ids.h"
 #include "shell/controls.h"
+#include "shell/song/list_painting.h"
 #include "song/track_rows.h"
 #include "song/tracks_manager.h"
 
@@ -19,13 +19,10 @@ namespace shell {
 
 namespace {
 
-constexpr int HeaderHeight = 27;
 constexpr int CheckMarkWidth = 13;  // the platform's check mark
-constexpr int TextMargin = 5;
 constexpr std::array<int, 11> ColumnWidths = {40, 112, 33, 41, 32, 84, 39, 31, 30, 26, 38};
 constexpr std::array<const char*, 12> ColumnHeaders = {"Track", "Name", "Play", "Key+", "Vel+", "Time+",
                                                        "Chn",   "Rep",  "Pan",  "Vol",  "Patch", "Events"};
-const QColor CellFrame = ColorOfWord(0x808000);
 
 QString cellText(int row, int column) {
   const auto track = static_cast<uint32_t>(row);
@@ -63,33 +60,17 @@ std::array<int, 13> TrackColumnEdges(const QWidget* widget) {
   std::array<int, 13> edges{};
   edges[0] = TracksListWidget::checkCellWidth();
   for (std::size_t c = 0; c < ColumnWidths.size(); ++c) edges[c + 1] = edges[c] + ColumnWidths[c];
-  const QScreen* screen = widget->screen();
-  const int screenWidth = screen != nullptr ? screen->geometry().width() : 1024;
-  const int frames = 2 * widget->style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
-  const int scrollBar = widget->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
-  edges[12] = std::max(edges[11] + 40, screenWidth - scrollBar - frames);
+  edges[12] = ListRightEdge(widget, edges[11] + 40);
   return edges;
 }
 
 // ---- the list ----
 
-TracksListWidget::TracksListWidget(QWidget* parent) : QAbstractScrollArea(parent) {
-  setObjectName(QStringLiteral("TracksList"));
-  setFocusPolicy(Qt::StrongFocus);
-  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  connect(verticalScrollBar(), &QScrollBar::valueChanged, viewport(), [this] { viewport()->update(); });
+TracksListWidget::TracksListWidget(QWidget* parent) : PaintedList(parent, QStringLiteral("TracksList")) {
   updateScrollRange();
 }
 
 int TracksListWidget::checkCellWidth() { return CheckMarkWidth + 6; }
-
-int TracksListWidget::rowHeight() const { return fontMetrics().height() + 4; }
-
-int TracksListWidget::rowAt(QPoint at) const {
-  const int row = verticalScrollBar()->value() + at.y() / rowHeight();
-  return at.y() >= 0 && row < static_cast<int>(SongTrackCount) ? row : -1;
-}
 
 void TracksListWidget::clear() {
   selected_.fill(false);
@@ -110,36 +91,11 @@ void TracksListWidget::setSelected(int item, bool selected) {
   viewport()->update();
 }
 
-int TracksListWidget::topIndex() { return verticalScrollBar()->value(); }
-
-void TracksListWidget::setTopIndex(int item) { verticalScrollBar()->setValue(std::max(item, 0)); }
-
 void TracksListWidget::setCurrent(int item) {
   if (item >= 0 && item < count()) moveCaret(item);
 }
 
 void TracksListWidget::repaint() { viewport()->update(); }
-
-void TracksListWidget::updateScrollRange() {
-  const int inSight = std::max(1, viewport()->height() / rowHeight());
-  verticalScrollBar()->setRange(0, std::max(0, count() - inSight));
-  verticalScrollBar()->setPageStep(inSight);
-}
-
-void TracksListWidget::resizeEvent(QResizeEvent* event) {
-  QAbstractScrollArea::resizeEvent(event);
-  updateScrollRange();
-}
-
-void TracksListWidget::focusInEvent(QFocusEvent* event) {
-  QAbstractScrollArea::focusInEvent(event);
-  viewport()->update();
-}
-
-void TracksListWidget::focusOutEvent(QFocusEvent* event) {
-  QAbstractScrollArea::focusOutEvent(event);
-  viewport()->update();
-}
 
 void TracksListWidget::paintEvent(QPaintEvent*) {
   QPainter painter(viewport());
@@ -157,26 +113,19 @@ void TracksListWidget::paintRow(QPainter& painter, const std::array<int, 13>& ed
   if (focus) RecordTrack = static_cast<uint8_t>(row);
   const int h = rowHeight();
   paintCheckCell(painter, QRect(0, y, edges[0], h), selected_[static_cast<std::size_t>(row)]);
-  const QBrush background = focus ? QBrush(QColor(160, 160, 160), Qt::Dense6Pattern) : QBrush(Qt::white);
-  const QRect cells(edges[0], y, edges[12] - edges[0], h);
-  painter.fillRect(cells, Qt::white);  // under the pattern, whose other pixels are left as they are
-  painter.fillRect(cells, background);
+  PaintRowBackground(painter, QRect(edges[0], y, edges[12] - edges[0], h), focus);
   for (int column = 0; column < 12; ++column) {
     const QRect cell(edges[static_cast<std::size_t>(column)], y,
                      edges[static_cast<std::size_t>(column) + 1] - edges[static_cast<std::size_t>(column)], h);
     painter.setPen(Qt::black);
-    painter.drawText(cell.adjusted(2, 0, -TextMargin, 0), cellAlignment(column), cellText(row, column));
-    painter.setPen(CellFrame);
-    painter.drawRect(cell.adjusted(0, 0, 0, -1));
+    painter.drawText(cell.adjusted(2, 0, -CellTextMargin, 0), cellAlignment(column), cellText(row, column));
+    PaintCellFrame(painter, cell);
   }
 }
 
 void TracksListWidget::moveCaret(int row) {
   caret_ = std::clamp(row, 0, count() - 1);
-  const int top = verticalScrollBar()->value();
-  const int inSight = verticalScrollBar()->pageStep();
-  if (caret_ < top) verticalScrollBar()->setValue(caret_);
-  if (caret_ >= top + inSight) verticalScrollBar()->setValue(caret_ - inSight + 1);
+  scrollIntoSight(caret_);
   viewport()->update();
 }
 
@@ -231,10 +180,7 @@ void TracksListWidget::keyPressEvent(QKeyEvent* event) {
 TracksWindow::TracksWindow(QWidget* parent) : QWidget(parent), list_(new TracksListWidget(this)) {
   setObjectName(QStringLiteral("TracksManagerWin"));
   setWindowTitle(QStringLiteral("Tracks"));
-  // The columns' widths are set for the system's small dialog font: a time fits its 84 pixels.
-  QFont small = font();
-  small.setPixelSize(11);
-  setFont(small);
+  UseListFont(this);
   TracksOpen = 1;
   ::TracksList = list_;
   // The selection outlives the view: the rows of SelectedTracks are marked again.
@@ -247,17 +193,17 @@ TracksWindow::TracksWindow(QWidget* parent) : QWidget(parent), list_(new TracksL
 
 TracksWindow::~TracksWindow() { TracksOpen = 0; }
 
-void TracksWindow::resizeEvent(QResizeEvent*) { list_->setGeometry(0, HeaderHeight, width(), height() - HeaderHeight); }
+void TracksWindow::resizeEvent(QResizeEvent*) {
+  list_->setGeometry(0, ListHeaderHeight, width(), height() - ListHeaderHeight);
+}
 
 void TracksWindow::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  painter.fillRect(QRect(0, 0, width(), HeaderHeight), QColor(192, 192, 192));
+  painter.fillRect(QRect(0, 0, width(), ListHeaderHeight), QColor(192, 192, 192));
   const std::array<int, 13> edges = TrackColumnEdges(this);
   for (std::size_t c = 0; c < ColumnHeaders.size(); ++c) {
-    const QRect cell(edges[c], 0, edges[c + 1] - edges[c], HeaderHeight);
-    PaintEdge(painter, cell.adjusted(0, 0, -1, -1), false);
-    painter.setPen(Qt::black);
-    painter.drawText(cell, Qt::AlignCenter, QString::fromLatin1(ColumnHeaders[c]));
+    PaintHeaderCell(painter, QRect(edges[c], 0, edges[c + 1] - edges[c], ListHeaderHeight),
+                    QString::fromLatin1(ColumnHeaders[c]));
   }
 }
 

@@ -3,11 +3,10 @@
 // with a check cell that selects a track for the edits and the Events list,
 // the caret row that is the current track, and the Tracks dialog ("Datos")
 // behind a double click and Track > Properties.
-#include <QAbstractScrollArea>
 #include <array>
 
-#include "platform/view_registry.h"
 #include "shell/dialog_support.h"
+#include "shell/song/painted_list.h"
 #include "song/song_store.h"
 
 class QCheckBox;
@@ -16,7 +15,7 @@ class QComboBox;
 namespace shell {
 
 // The inner list: the rows, their selection and the caret, drawn by the view.
-class TracksListWidget final : public QAbstractScrollArea, public platform::ListView {
+class TracksListWidget final : public PaintedList {
  public:
   explicit TracksListWidget(QWidget* parent);
   int count() override { return static_cast<int>(SongTrackCount); }
@@ -24,15 +23,10 @@ class TracksListWidget final : public QAbstractScrollArea, public platform::List
   void clear() override;
   std::vector<int> selectedItems() override;
   void setSelected(int item, bool selected) override;
-  int topIndex() override;
-  void setTopIndex(int item) override;
   void setCurrent(int item) override;
   void repaint() override;
 
   int caret() const { return caret_; }
-  int rowHeight() const;
-  // The row under a point of the viewport, or -1 below the last.
-  int rowAt(QPoint at) const;
   // Where the check cell ends and the first column begins.
   static int checkCellWidth();
 
@@ -41,15 +35,11 @@ class TracksListWidget final : public QAbstractScrollArea, public platform::List
   void mousePressEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
-  void resizeEvent(QResizeEvent* event) override;
-  void focusInEvent(QFocusEvent* event) override;
-  void focusOutEvent(QFocusEvent* event) override;
 
  private:
   void press(QPoint at);
   void moveCaret(int row);
   void toggle(int row);
-  void updateScrollRange();
   void paintRow(QPainter& painter, const std::array<int, 13>& edges, int row, int y, bool focus);
   std::array<bool, SongTrackCount> selected_{};
   int caret_ = 0;
