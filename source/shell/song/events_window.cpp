@@ -134,9 +134,8 @@ void EventsListWidget::select(int row) {
 void EventsListWidget::paintEvent(QPaintEvent*) {
   QPainter painter(viewport());
   painter.fillRect(viewport()->rect(), Qt::white);
-  const std::array<int, 9> all = EventColumnEdges(this);
-  std::array<int, 8> edges{};
-  std::copy(all.begin() + 1, all.end(), edges.begin());
+  // The rows' cells end at item 6's 600; only the header runs on to the screen's edge.
+  const std::array<int, 8>& edges = ItemEdges;
   const int h = rowHeight();
   const int rows = std::min(count(), static_cast<int>(EventRows.size()));
   for (int row = verticalScrollBar()->value(), y = 0; row < rows && y < viewport()->height(); ++row, y += h) {

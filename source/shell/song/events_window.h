@@ -55,8 +55,9 @@ class EventsWindow final : public QWidget {
   EventsListWidget* list_;
 };
 
-// The left edges of the icon cell and the seven items, and the right edge of
-// the last, at the right edge of the screen.
+// The header's edges: the left edges of the icon cell and the seven items,
+// and the right edge of the screen, where the time's title ends. A row's
+// cells end at 600.
 std::array<int, 9> EventColumnEdges(const QWidget* widget);
 
 // Dialogs 120 and 124 to 128 on one event: its time, channel and numbers.
