@@ -263,6 +263,39 @@ inline constexpr uint32_t ID_EVENT_OCTAVE = 520;
 inline constexpr uint32_t ID_INSERT_FIRST_KIND = 2114;  // 2114..2119, one radio button per kind
 inline constexpr uint32_t ID_INSERT_TRACK = 2121;
 
+// The region dialogs: Copy (110), Cut (111) and Paste (112).
+inline constexpr uint32_t DLG_COPY = 110;
+inline constexpr uint32_t DLG_CUT = 111;
+inline constexpr uint32_t DLG_PASTE = 112;
+inline constexpr uint32_t ID_REGION_FROM = 2100;
+inline constexpr uint32_t ID_REGION_TO = 2103;
+inline constexpr uint32_t ID_CUT_DELETE_HOLE = 1150;
+inline constexpr uint32_t ID_PASTE_REPETITIONS = 2000;
+inline constexpr uint32_t ID_PASTE_TIME = 2001;
+inline constexpr uint32_t ID_PASTE_TRACK = 2002;
+inline constexpr uint32_t ID_PASTE_BLEND = 2003;  // 2004 Replace, 2005 Insert
+
+// The transforms' dialogs: Quantize (118), Length (119), Slide (121),
+// Transpose (122) and Velocity (123). All have the region's 2100 and 2103.
+inline constexpr uint32_t DLG_QUANTIZE = 118;
+inline constexpr uint32_t DLG_LENGTH = 119;
+inline constexpr uint32_t DLG_SLIDE = 121;
+inline constexpr uint32_t DLG_TRANSPOSE = 122;
+inline constexpr uint32_t DLG_VELOCITY = 123;
+inline constexpr uint32_t ID_QUANTIZE_RESOLUTION = 2013;
+inline constexpr uint32_t ID_QUANTIZE_STRENGTH = 2012;
+inline constexpr uint32_t ID_QUANTIZE_SWING = 2011;
+inline constexpr uint32_t ID_QUANTIZE_WINDOW = 2010;
+inline constexpr uint32_t ID_QUANTIZE_OFFSET = 2009;
+inline constexpr uint32_t ID_CHANGE_START = 2008;
+inline constexpr uint32_t ID_CHANGE_DURATIONS = 128;
+inline constexpr uint32_t ID_LENGTH_PERCENTAGE = 117;
+inline constexpr uint32_t ID_TRANSFORM_AMOUNT = 1552;  // Slide's and Transpose's amount
+inline constexpr uint32_t ID_SLIDE_MEASURES = 1553;
+inline constexpr uint32_t ID_SLIDE_TICKS = 1554;
+inline constexpr uint32_t ID_VELOCITY_BEGIN = 103;
+inline constexpr uint32_t ID_VELOCITY_END = 104;
+
 // The Meter dialog (115) and the Metronome dialog (116).
 inline constexpr uint32_t DLG_METER = 115;
 inline constexpr uint32_t DLG_METRONOME = 116;

@@ -114,7 +114,12 @@ void NotEnoughMemory() {
                            platform::MB_ICONSTOP);
 }
 
-MidiEvent* AllocateEvents(uint32_t count) { return new (std::nothrow) MidiEvent[count]{}; }
+uint32_t EventBlockLimit = 0xFFFFFFFFu;
+
+MidiEvent* AllocateEvents(uint32_t count) {
+  if (count > EventBlockLimit) return nullptr;
+  return new (std::nothrow) MidiEvent[count]{};
+}
 
 void FreeEvents(MidiEvent* events) { delete[] events; }
 

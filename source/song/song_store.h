@@ -113,7 +113,10 @@ void BuildTrackRow(uint32_t track);
 void DeleteTrack(uint32_t track);
 // The one message for an exhausted heap in the song and its edits.
 void NotEnoughMemory();
-// An event array that does not move while it lives; null when none can be had.
+// An event array that does not move while it lives; null when none can be
+// had, or when it would hold more than EventBlockLimit events (a test lowers
+// the limit to walk the paths of an exhausted heap).
 MidiEvent* AllocateEvents(uint32_t count);
+extern uint32_t EventBlockLimit;
 void FreeEvents(MidiEvent* events);
 
