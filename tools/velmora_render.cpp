@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   for (const std::string& argument : arguments) {
     if (argument == "--help" || argument == "-h") {
-      std::fputs(RenderUsage, stdout);
+      std::fputs(RenderUsage().c_str(), stdout);
       return 0;
     }
   }

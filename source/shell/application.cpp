@@ -7,6 +7,7 @@
 #include "platform/prompts.h"
 #include "shell/ending.h"
 #include "shell/generator/control_panel_window.h"
+#include "song/region_edits.h"
 #include "song/track_rows.h"
 #include "shell/splash.h"
 
@@ -30,6 +31,7 @@ std::unique_ptr<MainFrame> StartVelmora(const StartOptions& options) {
   if (!CheckMidiDevices()) return nullptr;
   ClearViewRegistry();
   ClearTrackRows();
+  FreeEditBuffers();
   // The generator's set-up comes first, so that the settings the Control Bar reads are not reset after it.
   GeneratorStartUp();
   auto frame = std::make_unique<MainFrame>();

@@ -29,6 +29,8 @@ QDialogButtonBox* OkCancelButtons(QDialog* dialog) {
   return buttons;
 }
 
+QLineEdit* FindField(const QWidget* dialog, uint32_t id) { return dialog->findChild<QLineEdit*>(QString::number(id)); }
+
 void SelectField(QLineEdit* field) {
   if (field == nullptr) return;
   field->setFocus(Qt::OtherFocusReason);

@@ -14,6 +14,8 @@ namespace shell {
 QLineEdit* NumberField(QWidget* parent, uint32_t id, const QString& text);
 // "OK" (id 1) and "Cancel" (id 2), tied to the dialog's accept and reject.
 QDialogButtonBox* OkCancelButtons(QDialog* dialog);
+// The dialog's edit field whose object name is the id; null when it has none.
+QLineEdit* FindField(const QWidget* dialog, uint32_t id);
 // Focus on the field, its whole text selected.
 void SelectField(QLineEdit* field);
 // A refused field: its last good text back, selected; the silent kind beeps.

@@ -30,7 +30,10 @@
 #include "shell/generator/functions_window.h"
 #include "shell/help.h"
 #include "shell/song/events_window.h"
+#include "shell/song/region_dialogs.h"
+#include "shell/song/transform_dialog.h"
 #include "shell/song/tracks_window.h"
+#include "song/region_edits.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
 #include "song/tracks_manager.h"
@@ -191,7 +194,7 @@ bool Among(const uint32_t (&ids)[N], uint32_t id) {
   return std::find(std::begin(ids), std::end(ids), id) != std::end(ids);
 }
 
-bool NotYetAvailable(uint32_t id) { return Among(EditCommands, id) || Among(NotYetAvailableCommands, id); }
+bool NotYetAvailable(uint32_t id) { return Among(NotYetAvailableCommands, id); }
 
 // The toolbar: 0 stands for a separator.
 constexpr uint32_t ToolbarEntries[] = {0, CMD_NEW_SONG, CMD_OPEN_SONG, CMD_SAVE_SONG, 0, CMD_CUT, CMD_COPY, CMD_PASTE};
@@ -231,8 +234,7 @@ const ViewPlace ViewPlaces[] = {
 std::optional<bool> CommandAllowed(uint32_t id) {
   const bool idle = Playing != 1 && Recording != 1;
   const bool tracksSelected = SelectedTrackCount != 0;
-  constexpr bool bufferFilled = false;  // nothing copies into an edit buffer yet
-  if (id == CMD_PASTE) return idle && bufferFilled;
+  if (id == CMD_PASTE) return idle && PasteAvailable();
   if (Among(EditCommands, id)) return idle && tracksSelected;
   if (Among(IdleCommands, id)) return idle;
   return std::nullopt;
@@ -464,6 +466,14 @@ void MainFrame::command(uint32_t id) {
       SongDirty = 1;
       return;
     case CMD_TRACK_PROPERTIES: OpenTrackDialog(this); return;
+    case CMD_COPY: shell::CopyCommand(this); return;
+    case CMD_CUT: shell::CutCommand(this); return;
+    case CMD_PASTE: shell::PasteCommand(this); return;
+    case CMD_QUANTIZE: shell::TransformCommand(this, DLG_QUANTIZE); return;
+    case CMD_LENGTH: shell::TransformCommand(this, DLG_LENGTH); return;
+    case CMD_SLIDE: shell::TransformCommand(this, DLG_SLIDE); return;
+    case CMD_TRANSPOSE: shell::TransformCommand(this, DLG_TRANSPOSE); return;
+    case CMD_VELOCITY: shell::TransformCommand(this, DLG_VELOCITY); return;
     case CMD_TRACK_SELECT: SelectCurrentTrack(); return;
     case CMD_TEMPO: MakeFieldDialog(this, DLG_TEMPO)->exec(); return;
     case CMD_METER: {

@@ -14,6 +14,8 @@
 #include "shell/generator/banks_window.h"
 #include "shell/generator/boards_window.h"
 #include "shell/song/events_window.h"
+#include "shell/song/region_dialogs.h"
+#include "shell/song/transform_dialog.h"
 #include "shell/song/tracks_window.h"
 #include "song/song_files.h"
 #include "song/tracks_manager.h"
@@ -209,6 +211,27 @@ TEST_F(Screenshots, TheEventsListWithALoadedSongAndItsDialogsArePictured) {
   }
   shell::InsertEventDialog insert(frame.get());
   shoot(insert, QStringLiteral("event-insert"));
+}
+
+// The Edit menu's dialogs: Copy, Cut, Paste and the five transforms.
+TEST_F(Screenshots, TheEditDialogsArePictured) {
+  ASSERT_TRUE(QDir().mkpath(folder()));
+  start();
+  shell::RegionDialog copy(frame.get(), false);
+  shoot(copy, QStringLiteral("edit-copy"));
+  shell::RegionDialog cut(frame.get(), true);
+  shoot(cut, QStringLiteral("edit-cut"));
+  shell::PasteDialog paste(frame.get());
+  shoot(paste, QStringLiteral("edit-paste"));
+  const std::pair<uint32_t, const char*> transforms[] = {{DLG_QUANTIZE, "edit-quantize"},
+                                                         {DLG_LENGTH, "edit-length"},
+                                                         {DLG_SLIDE, "edit-slide"},
+                                                         {DLG_TRANSPOSE, "edit-transpose"},
+                                                         {DLG_VELOCITY, "edit-velocity"}};
+  for (const auto& [id, name] : transforms) {
+    shell::TransformDialog dialog(frame.get(), id);
+    shoot(dialog, QString::fromLatin1(name));
+  }
 }
 
 }  // namespace

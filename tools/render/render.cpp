@@ -1,5 +1,6 @@
 #include "render.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -33,6 +34,7 @@
 #include "random/trandom.h"
 #include "smf/smf.h"
 #include "song/clock_placing.h"
+#include "song/edit_script.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
 #include "song/song_tempo.h"
@@ -41,14 +43,22 @@
 
 using namespace platform;
 
-const char* RenderUsage =
+std::string RenderUsage() {
+  return std::string(
     "usage: velmora-render [--params FILE.vlm] [--seed N] [--seconds S] [--tempo BPM]\n"
     "                      [--resolution TPQ] [--period MS] [--non-periodic]\n"
     "                      [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n"
     "                      [--midi OUT.mid]\n"
     "       velmora-render --song FILE.mid [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n"
     "                      [--save OUT.mid] [--seconds S]\n"
-    "       velmora-render --record N --midi OUT.mid [--seconds S] [--midi-sync] [--out N] [--log FILE|-]\n";
+    "                      [--select LIST] [--from TIME] [--to TIME] [--edit \"COMMAND FIELD=VALUE ...\"]...\n"
+    "       velmora-render --record N --midi OUT.mid [--seconds S] [--midi-sync] [--out N] [--log FILE|-]\n"
+    "\n"
+    "--select takes one-based track numbers and ranges (1,3-5), --from and --to the counter's time\n"
+    "(measure:beat:tick). Each --edit runs, in order and before the song is saved and played, the code\n"
+    "of its dialog's OK with these fields; a refused field prints the dialog's message and exits 2:\n") +
+         EditScriptUsage;
+}
 
 namespace {
 
@@ -156,6 +166,27 @@ bool number(const std::string& text, double& value) {
   char* end = nullptr;
   value = std::strtod(text.c_str(), &end);
   return !text.empty() && end != nullptr && *end == '\0' && std::isfinite(value);
+}
+
+// "1,3-5": one-based track numbers and ranges into the list; false on a wrong one.
+bool trackList(const std::string& text, std::vector<uint32_t>& tracks) {
+  std::size_t start = 0;
+  while (start <= text.size()) {
+    const std::size_t comma = std::min(text.find(',', start), text.size());
+    const std::string item = text.substr(start, comma - start);
+    const std::size_t dash = item.find('-');
+    char* end = nullptr;
+    const long first = std::strtol(item.c_str(), &end, 10);
+    long last = first;
+    if (dash != std::string::npos) {
+      if (end != item.c_str() + dash) return false;
+      last = std::strtol(item.c_str() + dash + 1, &end, 10);
+    }
+    if (item.empty() || *end != '\0' || first < 1 || last > static_cast<long>(SongTrackCount) || first > last) return false;
+    for (long t = first; t <= last; ++t) tracks.push_back(static_cast<uint32_t>(t));
+    start = comma + 1;
+  }
+  return true;
 }
 
 bool wholeNumber(const std::string& text, long long& value) {
@@ -322,8 +353,31 @@ uint32_t openInput(const RenderOptions& options, TransportWindow& controlBar, st
 }
 
 // A song loaded, saved if asked, and played until its end stops the transport.
+// The selection, the region and the edits of the command line on the loaded
+// song; false with the reason when an edit is wrong or its dialog refused it.
+bool editSong(const RenderOptions& options, QuietPrompts& prompts, std::string& error) {
+  SelectedTrackCount = 0;
+  for (uint32_t track : options.select) {
+    if (SelectedTrackCount < static_cast<int32_t>(SongTrackCount)) SelectedTracks[static_cast<std::size_t>(SelectedTrackCount++)] = track - 1;
+  }
+  std::sort(SelectedTracks.begin(), SelectedTracks.begin() + SelectedTrackCount);
+  SelectedTrackCount = static_cast<int32_t>(
+      std::unique(SelectedTracks.begin(), SelectedTracks.begin() + SelectedTrackCount) - SelectedTracks.begin());
+  if (!options.from.empty()) SelectFrom = ParseTimeText(options.from);
+  if (!options.to.empty()) SelectTo = ParseTimeText(options.to);
+  for (const std::string& line : options.edits) {
+    prompts.last.clear();
+    std::string reason;
+    const EditScriptEnd end = RunEditScript(line, reason);
+    if (end == EditScriptEnd::Done) continue;
+    error = "--edit '" + line + "': " + (end == EditScriptEnd::Refused ? prompts.last : reason);
+    return false;
+  }
+  return true;
+}
+
 void playSong(const RenderOptions& options, Runner& runner, TransportWindow& controlBar, QuietPrompts& prompts,
-              std::string& error) {
+              std::string& error, bool& refused) {
   if (const FileContents file = ReadWholeFile(options.song); !file.ok()) {
     error = cannotRead("MIDI file", options.song, file);
     return;
@@ -331,6 +385,10 @@ void playSong(const RenderOptions& options, Runner& runner, TransportWindow& con
   LoadSong(options.song);
   if (!prompts.last.empty()) {
     error = "cannot load '" + options.song + "': " + prompts.last;
+    return;
+  }
+  if (!editSong(options, prompts, error)) {
+    refused = true;
     return;
   }
   if (!options.save.empty() && WriteSong(options.save) == 0) {
@@ -351,7 +409,7 @@ void run(const RenderOptions& options, Runner& runner, TransportWindow& controlB
   } else if (options.song.empty()) {
     playGenerator(options, runner, controlBar, prompts, error, refused);
   } else {
-    playSong(options, runner, controlBar, prompts, error);
+    playSong(options, runner, controlBar, prompts, error, refused);
   }
 }
 
@@ -387,6 +445,19 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
        : flag == "--song" ? options.song
        : flag == "--midi" ? options.midi
                           : options.save) = text;
+    } else if (flag == "--select") {
+      if (!value(text)) return std::nullopt;
+      if (!trackList(text, options.select)) {
+        error = "--select takes one-based track numbers from 1 to 256 and ranges, as 1,3-5, not '" + text + "'";
+        return std::nullopt;
+      }
+    } else if (flag == "--from" || flag == "--to" || flag == "--edit") {
+      if (!value(text)) return std::nullopt;
+      if (flag == "--edit") {
+        options.edits.push_back(text);
+      } else {
+        (flag == "--from" ? options.from : options.to) = text;
+      }
     } else if (flag == "--seed") {
       if (!value(text)) return std::nullopt;
       if (!wholeNumber(text, whole) || !SeedInRange(whole)) {
@@ -446,6 +517,11 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
   }
   if (!options.save.empty() && options.song.empty()) {
     error = "--save writes a loaded song and needs --song";
+    return std::nullopt;
+  }
+  if ((!options.edits.empty() || !options.select.empty() || !options.from.empty() || !options.to.empty()) &&
+      options.song.empty()) {
+    error = "--edit, --select, --from and --to edit a loaded song and need --song";
     return std::nullopt;
   }
   if (options.record) {

@@ -29,6 +29,12 @@ struct RenderOptions {
   std::string midi;               // records the run and writes the take as a MIDI file
   std::optional<uint32_t> record;  // records this input device instead of the generator
   bool midiSync = false;          // the clock follows the input's MIDI clock while recording
+  // Edits of the loaded song before it is saved and played: the tracks they
+  // act on (one-based), the region (the Control Bar's From and To), and each
+  // edit as a line of its dialog's fields, run in order.
+  std::vector<uint32_t> select;
+  std::string from, to;
+  std::vector<std::string> edits;
 };
 
 // Reads the command line; nothing, with the reason in error, if it is wrong.
@@ -48,4 +54,5 @@ RenderEnd RenderRun(const RenderOptions& options, std::string& error);
 // and written, the log flushed; the run then ends as Interrupted, by this signal.
 int RenderInterruptSignal();
 
-extern const char* RenderUsage;
+// The usage, with the edits that --edit runs.
+std::string RenderUsage();

@@ -267,12 +267,7 @@ EventDialog::EventDialog(QWidget* parent, uint32_t dialog, MidiEvent& event)
   layout->addWidget(OkCancelButtons(this));
 }
 
-QLineEdit* EventDialog::field(uint32_t id) const {
-  for (QLineEdit* f : fields_) {
-    if (f->objectName() == QString::number(id)) return f;
-  }
-  return nullptr;
-}
+QLineEdit* EventDialog::field(uint32_t id) const { return FindField(this, id); }
 
 void EventDialog::accept() {
   EventFieldTexts entries;

@@ -244,12 +244,7 @@ TrackDialog::TrackDialog(QWidget* parent) : CenteredDialog(parent, QStringLitera
   layout->addWidget(OkCancelButtons(this));
 }
 
-QLineEdit* TrackDialog::field(uint32_t id) const {
-  for (QLineEdit* field : fields_) {
-    if (field->objectName() == QString::number(id)) return field;
-  }
-  return nullptr;
-}
+QLineEdit* TrackDialog::field(uint32_t id) const { return FindField(this, id); }
 
 void TrackDialog::accept() {
   const auto text = [this](uint32_t id) { return field(id)->text().toStdString(); };
