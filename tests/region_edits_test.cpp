@@ -310,6 +310,20 @@ TEST_F(RegionEditsTest, TheBuffersOutliveNewSoARegionPastesIntoAnotherSong) {
   EXPECT_EQ(Tracks[0].count, 3u);
 }
 
+TEST_F(RegionEditsTest, APasteLongerThan32BitsCountIsRefusedAsOutOfMemory) {
+  std::vector<MidiEvent> events;
+  for (uint32_t i = 0; i < 70000; ++i) events.push_back(ev(i, 0xB0, 7, 1));
+  install(1, events);
+  copy({1}, 0, 70000);
+  ASSERT_EQ(CopyBuffer.count, 70000u);
+  PasteRepetitions = 65535;  // 4.6 billion events
+  PasteTrack = 2;
+  PasteRegion();
+  EXPECT_EQ(Tracks[2].events, nullptr);
+  ASSERT_FALSE(prompts.shown().empty());
+  EXPECT_EQ(prompts.shown().back().text, "Not enough memory. Close one or more applications and try again");
+}
+
 // ---- the dialogs ----
 
 TEST_F(RegionEditsTest, TheRegionDialogsStartFromTheControlBarsFromAndTo) {

@@ -174,10 +174,12 @@ bool CutTrack(uint8_t track, uint32_t from, uint32_t to) {
 }
 
 bool BuildRepeatBuffer() {
-  const uint32_t count = uint32_t{PasteRepetitions} * CopyBuffer.count;
+  const uint64_t total = uint64_t{PasteRepetitions} * CopyBuffer.count;
+  // A paste past what 32 bits count is a paste that no memory holds.
+  const auto count = static_cast<uint32_t>(std::min<uint64_t>(total, 0xFFFFFFFFu));
   RepeatBuffer.count = count;
   if (count == 0) return true;
-  MidiEvent* block = AllocateEvents(count);
+  MidiEvent* block = total <= 0xFFFFFFFFu ? AllocateEvents(count) : nullptr;
   if (block == nullptr) {
     RepeatBuffer.count = 0;
     NotEnoughMemory();
