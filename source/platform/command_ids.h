@@ -296,6 +296,14 @@ inline constexpr uint32_t ID_SLIDE_TICKS = 1554;
 inline constexpr uint32_t ID_VELOCITY_BEGIN = 103;
 inline constexpr uint32_t ID_VELOCITY_END = 104;
 
+// The Controlers binding dialog (113): the controller and the channel lists.
+inline constexpr uint32_t DLG_CONTROLLERS = 113;
+inline constexpr uint32_t ID_CONTROLLERS_CONTROLLER = 2150;
+inline constexpr uint32_t ID_CONTROLLERS_CHANNEL = 2151;
+
+// The Lyrics view's Font... button.
+inline constexpr uint32_t ID_LYRICS_FONT = 258;
+
 // The Meter dialog (115) and the Metronome dialog (116).
 inline constexpr uint32_t DLG_METER = 115;
 inline constexpr uint32_t DLG_METRONOME = 116;

@@ -29,7 +29,9 @@
 #include "shell/generator/distributions_window.h"
 #include "shell/generator/functions_window.h"
 #include "shell/help.h"
+#include "shell/controllers_window.h"
 #include "shell/song/events_window.h"
+#include "shell/song/lyrics_window.h"
 #include "shell/song/region_dialogs.h"
 #include "shell/song/transform_dialog.h"
 #include "shell/song/tracks_window.h"
@@ -178,9 +180,6 @@ const std::map<uint32_t, const char*>& Hints() {
 constexpr uint32_t EditCommands[] = {CMD_COPY,   CMD_CUT,       CMD_PASTE,    CMD_QUANTIZE,
                                      CMD_LENGTH, CMD_TRANSPOSE, CMD_VELOCITY, CMD_SLIDE};
 
-// The commands whose view or dialog is not part of Velmora yet: they stay gray.
-constexpr uint32_t NotYetAvailableCommands[] = {CMD_VIEW_CONTROLLERS, CMD_VIEW_LYRICS};
-
 // The commands that only a stopped transport allows.
 constexpr uint32_t IdleCommands[] = {CMD_NEW_SONG,     CMD_OPEN_SONG,           CMD_SAVE_SONG,      CMD_SAVE_SONG_AS,
                                      CMD_EXIT,         CMD_METRONOME_SETTINGS,  CMD_RESOLUTION,     CMD_TRACK_DELETE,
@@ -194,7 +193,6 @@ bool Among(const uint32_t (&ids)[N], uint32_t id) {
   return std::find(std::begin(ids), std::end(ids), id) != std::end(ids);
 }
 
-bool NotYetAvailable(uint32_t id) { return Among(NotYetAvailableCommands, id); }
 
 // The toolbar: 0 stands for a separator.
 constexpr uint32_t ToolbarEntries[] = {0, CMD_NEW_SONG, CMD_OPEN_SONG, CMD_SAVE_SONG, 0, CMD_CUT, CMD_COPY, CMD_PASTE};
@@ -288,7 +286,6 @@ void MainFrame::createMenus() {
         QAction* action = current->addAction(QString::fromUtf8(entry.label));
         action->setObjectName(QString::number(entry.id));
         action->setCheckable(Among(CheckedCommands, entry.id));
-        action->setEnabled(!NotYetAvailable(entry.id));
         connect(action, &QAction::triggered, this, [this, id = entry.id] { command(id); });
         actions_[entry.id] = action;
       }
@@ -336,9 +333,9 @@ void MainFrame::checkMenuItem(uint32_t id, bool checked) {
 }
 
 void MainFrame::setCommandEnabled(uint32_t id, bool enabled, bool alsoToolbar) {
-  if (QAction* action = menuAction(id)) action->setEnabled(enabled && !NotYetAvailable(id));
+  if (QAction* action = menuAction(id)) action->setEnabled(enabled);
   if (!alsoToolbar) return;
-  if (QAction* tool = toolAction(id)) tool->setEnabled(enabled && !NotYetAvailable(id));
+  if (QAction* tool = toolAction(id)) tool->setEnabled(enabled);
 }
 
 void MainFrame::updateCommandStates() {
@@ -398,6 +395,8 @@ void MainFrame::openView(uint32_t id) {
       case CMD_VIEW_BOARDS: openMdiChild(new shell::BoardsWindow, 0, 0, clientRect_.width(), 278); return;
       case CMD_VIEW_BANKS: openMdiChild(new shell::BanksWindow, 0, 0, 510, 195); return;
       case CMD_VIEW_TRACKS: openMdiChild(new shell::TracksWindow, 0, 0, clientRect_.width(), 156); return;
+      case CMD_VIEW_CONTROLLERS: openMdiChild(new shell::ControllersWindow, 0, 0, clientRect_.width(), 278); return;
+      case CMD_VIEW_LYRICS: openMdiChild(new shell::LyricsWindow, 0, 0, clientRect_.width(), 156); return;
       case CMD_VIEW_EVENTS:
         openMdiChild(new shell::EventsWindow, 0, 156, clientRect_.width(), clientRect_.height() - 156);
         return;
@@ -437,7 +436,7 @@ void MainFrame::arrangeIcons() {
 }
 
 void MainFrame::command(uint32_t id) {
-  if (const std::optional<bool> allowed = CommandAllowed(id); (allowed && !*allowed) || NotYetAvailable(id)) return;
+  if (const std::optional<bool> allowed = CommandAllowed(id); allowed && !*allowed) return;
   switch (id) {
     case CMD_NEW_SONG: NewSong(); return;
     case CMD_OPEN_SONG: OpenSongDialog(); return;

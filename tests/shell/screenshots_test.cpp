@@ -3,8 +3,10 @@
 #include <QDir>
 #include <cmath>
 #include <QFileInfo>
+#include <QFontInfo>
 #include <QDialog>
 #include <QLineEdit>
+#include <QMdiSubWindow>
 
 #include "shell/about_dialog.h"
 #include "shell/dialogs.h"
@@ -13,7 +15,9 @@
 #include "generator/banks.h"
 #include "shell/generator/banks_window.h"
 #include "shell/generator/boards_window.h"
+#include "shell/controllers_window.h"
 #include "shell/song/events_window.h"
+#include "shell/song/lyrics_window.h"
 #include "shell/song/region_dialogs.h"
 #include "shell/song/transform_dialog.h"
 #include "shell/song/tracks_window.h"
@@ -232,6 +236,38 @@ TEST_F(Screenshots, TheEditDialogsArePictured) {
     shell::TransformDialog dialog(frame.get(), id);
     shoot(dialog, QString::fromLatin1(name));
   }
+}
+
+// The Controllers view with some strips moved, its binding dialog, and the
+// Lyrics view mid-song with a syllable highlighted, and its font dialog.
+TEST_F(Screenshots, TheControllersAndLyricsWindowsArePictured) {
+  ASSERT_TRUE(QDir().mkpath(folder()));
+  start();
+  frame->resize(1024, 700);
+  frame->takeClientRect();
+  frame->command(24365);
+  frame->command(CMD_VIEW_CONTROLLERS);
+  deliver();
+  auto* controllers = static_cast<shell::ControllersWindow*>(frame->client()->activeSubWindow()->widget());
+  controllers->sliderWidget(0)->moveMain(64);
+  controllers->sliderWidget(1)->moveSecond(40);
+  controllers->sliderWidget(9)->moveMain(127);
+  BindSlot(*controllers, 10, 10, 2);
+  shoot(*frame, QStringLiteral("controllers"));
+  shell::ControllerBindingDialog binding(frame.get());
+  shoot(binding, QStringLiteral("controllers-binding"));
+  frame->command(24365);
+  ASSERT_TRUE(LoadSong(VELMORA_TEST_DATA "/format1_lyrics.mid"));
+  frame->command(CMD_VIEW_LYRICS);
+  deliver();
+  auto* lyrics = static_cast<shell::LyricsWindow*>(frame->client()->activeSubWindow()->widget());
+  lyrics->field()->setHighlight(3, 6);
+  shoot(*frame, QStringLiteral("lyrics"));
+  QFont rendered = lyrics->field()->font();
+  rendered.setFamily(QFontInfo(rendered).family());
+  rendered.setStyleName(QFontInfo(rendered).styleName());
+  shell::LyricsFontDialog font(frame.get(), rendered, Qt::black);
+  shoot(font, QStringLiteral("lyrics-font"));
 }
 
 }  // namespace
