@@ -20,6 +20,12 @@ void upperCase(std::string& text) {
 
 }  // namespace
 
+const std::string& FieldText(const FieldTexts& texts, uint32_t id) {
+  static const std::string none;
+  const auto found = texts.find(id);
+  return found != texts.end() ? found->second : none;
+}
+
 std::string& TrimBlanks(std::string& text) {
   const auto first = std::find_if_not(text.begin(), text.end(), blank);
   text.erase(text.begin(), first);

@@ -6,7 +6,13 @@
 // the dialog's affair. UI thread only.
 
 #include <cstdint>
+#include <map>
 #include <string>
+
+// A dialog's edit texts by field id.
+using FieldTexts = std::map<uint32_t, std::string>;
+// The text of a field, or an empty one when the dialog has no such field.
+const std::string& FieldText(const FieldTexts& texts, uint32_t id);
 
 // Drops leading and trailing blanks and tabs; blanks inside stay. Returns text.
 std::string& TrimBlanks(std::string& text);

@@ -193,7 +193,6 @@ bool Among(const uint32_t (&ids)[N], uint32_t id) {
   return std::find(std::begin(ids), std::end(ids), id) != std::end(ids);
 }
 
-
 // The toolbar: 0 stands for a separator.
 constexpr uint32_t ToolbarEntries[] = {0, CMD_NEW_SONG, CMD_OPEN_SONG, CMD_SAVE_SONG, 0, CMD_CUT, CMD_COPY, CMD_PASTE};
 

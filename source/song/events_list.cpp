@@ -31,9 +31,6 @@ int selectedOrFirstRow() {
   return row >= 0 ? row : 0;
 }
 
-// The event's partner: a note-on's note-off, or null for any other event.
-MidiEvent* partnerOf(MidiEvent& e) { return IsNoteOn(e) && e.link != nullptr && e.link != &e ? e.link : nullptr; }
-
 uint32_t timeOfLink(const MidiEvent& e) { return e.link != nullptr ? e.link->time : e.time; }
 
 std::string numberText(int value) { return std::to_string(value); }
@@ -78,16 +75,10 @@ std::vector<NumberField> numberFields(uint32_t dialog) {
   }
 }
 
-const std::string& entry(const EventFieldTexts& entries, uint32_t id) {
-  static const std::string none;
-  const auto found = entries.find(id);
-  return found != entries.end() ? found->second : none;
-}
-
 uint32_t acceptNumbers(uint32_t dialog, MidiEvent& e, const EventFieldTexts& entries) {
-  e.time = timeOf(entry(entries, ID_EVENT_TIME));
+  e.time = timeOf(FieldText(entries, ID_EVENT_TIME));
   for (const NumberField& field : numberFields(dialog)) {
-    const std::string& text = entry(entries, field.id);
+    const std::string& text = FieldText(entries, field.id);
     if (CheckRange(text, field.low, field.high) == 0) return field.id;
     field.write(e, FieldValue(text));
   }
@@ -100,29 +91,29 @@ void refuseNoteName() {
 }
 
 uint32_t acceptNote(MidiEvent& e, const EventFieldTexts& entries) {
-  const int name = NoteNameIndex(entry(entries, ID_EVENT_KEY));
+  const int name = NoteNameIndex(FieldText(entries, ID_EVENT_KEY));
   if (name < 0) {
     refuseNoteName();
     return ID_EVENT_KEY;
   }
-  const std::string& octave = entry(entries, ID_EVENT_OCTAVE);
+  const std::string& octave = FieldText(entries, ID_EVENT_OCTAVE);
   if (CheckRange(octave, 0, 10) == 0) return ID_EVENT_OCTAVE;
   const auto key = static_cast<uint8_t>(NoteKey(name, FieldValue(octave)));
   // A note-on without a partner has no end to write: only the note-on takes the fields.
-  MidiEvent* off = partnerOf(e);
-  const uint32_t start = timeOf(entry(entries, ID_EVENT_TIME));
-  uint32_t end = timeOf(entry(entries, ID_EVENT_END));
+  MidiEvent* off = NoteOffOf(e);
+  const uint32_t start = timeOf(FieldText(entries, ID_EVENT_TIME));
+  uint32_t end = timeOf(FieldText(entries, ID_EVENT_END));
   if (start >= end) end = start + 1;
   e.time = start;
   if (off != nullptr) off->time = end;
-  const std::string& channel = entry(entries, ID_EVENT_CHANNEL);
+  const std::string& channel = FieldText(entries, ID_EVENT_CHANNEL);
   if (CheckRange(channel, 1, 16) == 0) return ID_EVENT_CHANNEL;
   for (MidiEvent* n : {&e, off}) {
     if (n == nullptr) continue;
     setChannel(*n, FieldValue(channel));
     n->value1 = key;
   }
-  const std::string& velocity = entry(entries, ID_EVENT_VELOCITY);
+  const std::string& velocity = FieldText(entries, ID_EVENT_VELOCITY);
   if (CheckRange(velocity, 0, 127) == 0) return ID_EVENT_VELOCITY;
   e.value2 = static_cast<uint8_t>(FieldValue(velocity));
   return 0;
@@ -193,7 +184,7 @@ void MoveToSelectedEventRow() {
 void DeleteEvent(TrackRecord* t, MidiEvent* e) {
   if (t == nullptr || t->events == nullptr || e < t->events || e >= t->events + t->count) return;
   const auto a = static_cast<uint32_t>(e - t->events);
-  const MidiEvent* partner = partnerOf(*e);
+  const MidiEvent* partner = NoteOffOf(*e);
   const uint32_t b = partner != nullptr ? static_cast<uint32_t>(partner - t->events) : a;
   const uint32_t count = t->count - (b != a ? 2 : 1);
   MidiEvent* block = nullptr;
@@ -312,13 +303,13 @@ EventEdit BeginEditEvent() {
   edit.event = selected.event;
   edit.track = selected.track;
   edit.before = *selected.event;
-  if (const MidiEvent* partner = partnerOf(*selected.event)) edit.partnerBefore = *partner;
+  if (const MidiEvent* partner = NoteOffOf(*selected.event)) edit.partnerBefore = *partner;
   return edit;
 }
 
 void EndEditEvent(const EventEdit& edit, bool accepted) {
   if (edit.dialog == 0 || edit.event == nullptr) return;
-  const MidiEvent* partner = partnerOf(*edit.event);
+  const MidiEvent* partner = NoteOffOf(*edit.event);
   const bool written = !sameEvent(edit.before, *edit.event) ||
                        (partner != nullptr && !sameEvent(edit.partnerBefore, *partner));
   // A cancelled dialog that wrote some fields keeps them; its track is sorted and linked as after an OK, and the

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/field_checks.h"
 #include "song/event_text.h"
 #include "song/song_store.h"
 
@@ -69,7 +70,7 @@ struct EventDialogForm {
 const EventDialogForm& EventDialogFormOf(uint32_t dialog);
 
 // The texts of the dialog's fields by id, as the dialog opens on an event.
-using EventFieldTexts = std::map<uint32_t, std::string>;
+using EventFieldTexts = FieldTexts;
 EventFieldTexts EventDialogTexts(uint32_t dialog, const MidiEvent& e);
 // The dialog's OK: the time first, then each number in the dialog's order,
 // written into the event (and a note's partner) as soon as it passes. A

@@ -16,6 +16,8 @@ uint32_t channelOf(const MidiEvent& e) { return e.status & 0x0F; }
 
 bool IsNoteOn(const MidiEvent& e) { return (e.status & 0xF0) == 0x90 && e.value2 != 0; }
 
+MidiEvent* NoteOffOf(MidiEvent& e) { return IsNoteOn(e) && e.link != nullptr && e.link != &e ? e.link : nullptr; }
+
 bool IsNoteOff(const MidiEvent& e) { return (e.status & 0xF0) == 0x80 || ((e.status & 0xF0) == 0x90 && e.value2 == 0); }
 
 int NoteBalance(const MidiEvent* e, NoteBalanceTable& table) {

@@ -22,6 +22,9 @@ struct NoteLinkTable {
 
 bool IsNoteOn(const MidiEvent& e);
 bool IsNoteOff(const MidiEvent& e);
+// The note-off that ends a linked note-on; null for any other event, and for
+// a note-on without a partner.
+MidiEvent* NoteOffOf(MidiEvent& e);
 
 // 1 when the event may be kept; 0 for a note-off with nothing to end.
 int NoteBalance(const MidiEvent* e, NoteBalanceTable& table);

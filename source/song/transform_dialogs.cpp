@@ -58,19 +58,14 @@ std::vector<NumberField> numberFields(uint32_t dialog) {
   }
 }
 
-std::string entry(const TransformEntries& entries, uint32_t id) {
-  const auto found = entries.texts.find(id);
-  return found != entries.texts.end() ? found->second : std::string();
-}
-
 bool checked(const TransformEntries& entries, uint32_t id) {
   const auto found = entries.checks.find(id);
   return found != entries.checks.end() && found->second;
 }
 
 void storeRegion(const TransformEntries& entries) {
-  EditFrom = ParseTimeText(entry(entries, ID_REGION_FROM).substr(0, 63));
-  EditTo = ParseTimeText(entry(entries, ID_REGION_TO).substr(0, 63));
+  EditFrom = ParseTimeText(FieldText(entries.texts, ID_REGION_FROM).substr(0, 63));
+  EditTo = ParseTimeText(FieldText(entries.texts, ID_REGION_TO).substr(0, 63));
 }
 
 void storeBoxes(uint32_t dialog, const TransformEntries& entries) {
@@ -88,7 +83,7 @@ void storeBoxes(uint32_t dialog, const TransformEntries& entries) {
 // The field trimmed and checked; when it passes, its text is the last accepted
 // and its value goes to the setting. False when it is refused.
 bool readNumber(uint32_t dialog, const NumberField& field, const TransformEntries& entries) {
-  std::string text = entry(entries, field.id).substr(0, field.length);
+  std::string text = FieldText(entries.texts, field.id).substr(0, field.length);
   TrimBlanks(text);
   if (CheckRange(text, field.low, field.high) == 0) return false;
   acceptedTexts()[{dialog, field.id}] = text;
@@ -173,7 +168,7 @@ uint32_t AcceptTransformDialog(uint32_t dialog, const TransformEntries& entries)
     case DLG_QUANTIZE:
       storeRegion(entries);
       storeBoxes(dialog, entries);
-      QuantizeGrid = ResolutionGrid(entry(entries, ID_QUANTIZE_RESOLUTION));
+      QuantizeGrid = ResolutionGrid(FieldText(entries.texts, ID_QUANTIZE_RESOLUTION));
       refused = readNumbers(dialog, entries);
       break;
     case DLG_LENGTH:

@@ -11,10 +11,12 @@
 #include <map>
 #include <string>
 
+#include "platform/field_checks.h"
+
 // A dialog's texts by field id (edits, and the Quantize combo box's text) and
 // its check boxes and radio buttons by id.
 struct TransformEntries {
-  std::map<uint32_t, std::string> texts;
+  FieldTexts texts;
   std::map<uint32_t, bool> checks;
 };
 

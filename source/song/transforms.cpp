@@ -26,9 +26,6 @@ int32_t VelocityBegin = 0, VelocityEnd = 0;
 
 namespace {
 
-// The note-off of a note-on, or null for any other event.
-MidiEvent* noteOffOf(MidiEvent& e) { return IsNoteOn(e) && e.link != nullptr && e.link != &e ? e.link : nullptr; }
-
 // Calls the action on each event of the track's span, then marks the span used up.
 void forEachInSpan(TrackRecord* t, const std::function<void(MidiEvent&)>& action) {
   for (uint32_t i = t->cursor; i < t->cursor + t->remaining && i < t->count; ++i) action(t->events[i]);
@@ -101,7 +98,7 @@ void QuantizeTrack(TrackRecord* t) {
   forEachInSpan(t, [&](MidiEvent& e) {
     if (IsNoteOff(e)) return;
     const uint32_t n = QuantizeStart == 1 ? QuantizeTime(e.time, s, window) : e.time;
-    if (MidiEvent* off = noteOffOf(e)) {
+    if (MidiEvent* off = NoteOffOf(e)) {
       off->time = QuantizeDuration == 1 ? QuantizeTime(off->time, s, window) : off->time + (n - e.time);
       e.time = n;
       if (off->time == e.time) off->time += static_cast<uint32_t>(QuantizeGrid);
@@ -117,7 +114,7 @@ void LengthTrack(TrackRecord* t, int32_t percent) {
   const auto p = static_cast<uint32_t>(percent);
   forEachInSpan(t, [&](MidiEvent& e) {
     if (IsNoteOff(e)) return;
-    MidiEvent* off = noteOffOf(e);
+    MidiEvent* off = NoteOffOf(e);
     if (LengthStart == 1) {
       const uint32_t n = e.time * p / 100;
       if (off != nullptr) off->time += n - e.time;
@@ -134,7 +131,7 @@ void SlideTrack(TrackRecord* t, double amount) {
   if (spanEmpty(t)) return;
   forEachInSpan(t, [&](MidiEvent& e) {
     if (IsNoteOff(e)) return;
-    MidiEvent* off = noteOffOf(e);
+    MidiEvent* off = NoteOffOf(e);
     e.time = slid(e.time, amount);
     if (off == nullptr) return;
     off->time = slid(off->time, amount);
@@ -149,7 +146,7 @@ void TransposeTrack(TrackRecord* t) {
     if (!IsNoteOn(e)) return;
     const auto key = static_cast<uint8_t>(FoldKey(e.value1 + TransposeAmount));
     e.value1 = key;
-    if (MidiEvent* off = noteOffOf(e)) off->value1 = key;
+    if (MidiEvent* off = NoteOffOf(e)) off->value1 = key;
   });
 }
 
@@ -159,7 +156,8 @@ void VelocityTrack(TrackRecord* t) {
   const auto notes = static_cast<int32_t>(
       std::count_if(first, first + std::min(t->remaining, t->count - t->cursor), [](const MidiEvent& e) { return IsNoteOn(e); }));
   if (notes == 0) {
-    forEachInSpan(t, [](MidiEvent&) {});
+    t->cursor += t->remaining;  // the span is used up all the same
+    t->remaining = 0;
     return;
   }
   const double step = (std::abs(VelocityBegin - VelocityEnd) + 1) / static_cast<double>(notes);

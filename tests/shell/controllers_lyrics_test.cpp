@@ -186,6 +186,19 @@ TEST_F(ControllersLyricsTest, PlayingASongWithLyricsHighlightsEachSyllableInTurn
   EXPECT_FALSE(window.field()->textCursor().hasSelection());
 }
 
+TEST_F(ControllersLyricsTest, AWindowOpenedDuringPlayHighlightsNothingUntilTheNextLyric) {
+  startWithoutThru();
+  ASSERT_TRUE(LoadSong(VELMORA_TEST_DATA "/format1_lyrics.mid"));
+  ASSERT_EQ(LyricsEdit, nullptr);
+  click(101);  // Play: "Hel" at tick 0 comes while no window is there
+  passes(10);
+  auto& window = openLyrics();
+  EXPECT_FALSE(window.field()->textCursor().hasSelection());
+  for (int pass = 0; pass < 100 && !window.field()->textCursor().hasSelection(); ++pass) passes(1);
+  EXPECT_EQ(window.field()->textCursor().selectedText(), QStringLiteral(" lo"));
+  click(100);
+}
+
 TEST_F(ControllersLyricsTest, RewindPutsTheCaretAtTheStartAndEndTakesTheSelectionAway) {
   startWithoutThru();
   ASSERT_TRUE(LoadSong(VELMORA_TEST_DATA "/format1_lyrics.mid"));
