@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "generator/bank.h"
+#include "midi/backends/synth.h"
 #include "midi/live_devices.h"
 #include "midi/midi_in.h"
 #include "midi/midi_out.h"
@@ -266,6 +267,41 @@ TEST_F(Dialogs, TheDeviceListsNameEveryDevice) {
   std::string name;
   devices.outName(1, name);
   EXPECT_EQ(MidiOutDeviceNames()[1], name);
+}
+
+TEST_F(Dialogs, TheSynthesizerStartsWithItsDefaultGainAndAGainGivenIsAppliedAndKept) {
+  EXPECT_EQ(devices.synthGain, DefaultSynthGain) << "the live system's start gives the stored or default gain";
+  EXPECT_EQ(SynthGainDialogText(), "3");
+  ASSERT_TRUE(ApplySynthGainDialog(" 1.5 "));
+  EXPECT_EQ(devices.synthGain, 1.5);
+  EXPECT_EQ(SynthGainDialogText(), "1.5");
+  EXPECT_EQ(store.query(platform::SettingsLevel::User, SettingsKeyPath() + "\\Synthesizer", "Gain"),
+            platform::SettingsValue::text("1.5"));
+  EXPECT_EQ(LoadSynthGain(), 1.5);
+  EXPECT_TRUE(prompts.shown().empty());
+}
+
+TEST_F(Dialogs, AGainThatIsNoNumberOrOutOfRangeIsRefusedAndChangesNothing) {
+  std::size_t boxes = 0;
+  for (const char* wrong : {"0", "-2", "10.5", "loud", "", "2x"}) {
+    EXPECT_FALSE(ApplySynthGainDialog(wrong)) << wrong;
+    ASSERT_EQ(prompts.shown().size(), ++boxes) << wrong;
+    EXPECT_EQ(prompts.shown().back().text, "The gain is a number above 0 and at most 10.");
+  }
+  EXPECT_EQ(devices.synthGain, DefaultSynthGain);
+  EXPECT_EQ(SynthGainDialogText(), "3");
+}
+
+TEST_F(Dialogs, AStoredGainThatCannotBeReadGivesTheDefault) {
+  const std::string key = SettingsKeyPath() + "\\Synthesizer";
+  store.createKey(platform::SettingsLevel::User, key);
+  for (const auto& stored : {platform::SettingsValue::text("12"), platform::SettingsValue::text("half"),
+                             platform::SettingsValue::word(2)}) {
+    store.set(platform::SettingsLevel::User, key, "Gain", stored);
+    EXPECT_EQ(LoadSynthGain(), DefaultSynthGain);
+  }
+  store.set(platform::SettingsLevel::User, key, "Gain", platform::SettingsValue::text("0.25"));
+  EXPECT_EQ(LoadSynthGain(), 0.25);
 }
 
 TEST_F(Dialogs, ConfirmingTheDevicesTurnsTheMetronomeOnPlayOff) {

@@ -132,6 +132,8 @@ void StartLiveSystem(platform::MessageTarget* window) {
   SetBankDefaults();
   SettingsRecord settings;
   LoadSettings(settings);
+  SynthGain = LoadSynthGain();
+  platform::midiSetSynthGain(SynthGain);
 
   ControlBarWindow = window;
   InstallGeneratorHooks();

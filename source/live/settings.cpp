@@ -1,11 +1,13 @@
 #include "live/settings.h"
 
 #include <array>
+#include <cstdlib>
 #include <optional>
 #include <variant>
 
 #include "generator/bank.h"
 #include "live/product_info.h"
+#include "midi/backends/synth.h"
 #include "platform/prompts.h"
 #include "platform/settings_store.h"
 #include "song/song_store.h"
@@ -135,4 +137,27 @@ void SaveSettings(const SettingsRecord& settings) {
                   FunctionFilesDir, FunctionsFilters.load()};
   const std::string key = settingsKey();
   for (const Binding& b : bindingsOf(held)) store->set(SettingsLevel::User, key, b.name, valueOf(b.field));
+}
+
+namespace {
+
+std::string synthKey() { return SettingsKeyPath() + "\\Synthesizer"; }
+
+}  // namespace
+
+double LoadSynthGain() {
+  const platform::SettingsStore* store = platform::settingsStore();
+  if (store == nullptr) return DefaultSynthGain;
+  const std::optional<SettingsValue> stored = store->query(SettingsLevel::User, synthKey(), "Gain");
+  if (!stored || stored->type != SettingsType::Text) return DefaultSynthGain;
+  const std::string text = stored->asText();
+  char* end = nullptr;
+  const double gain = std::strtod(text.c_str(), &end);
+  return !text.empty() && *end == '\0' && SynthGainInRange(gain) ? gain : DefaultSynthGain;
+}
+
+void SaveSynthGain(double gain) {
+  platform::SettingsStore* store = platform::settingsStore();
+  if (store == nullptr || !store->createKey(SettingsLevel::User, synthKey())) return;
+  store->set(SettingsLevel::User, synthKey(), "Gain", SettingsValue::text(SynthGainText(gain)));
 }

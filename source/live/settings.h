@@ -42,3 +42,9 @@ void LoadSettings(SettingsRecord& settings);
 // Writes the record, the four folders and FunctionsFilters to the user's
 // level only; a key that is not there takes nothing.
 void SaveSettings(const SettingsRecord& settings);
+
+// The built-in synthesizer's gain, kept as a text ("3") in its own key beside
+// the settings ("...\Synthesizer", value "Gain"): the stored gain, or the
+// default when it is missing, unreadable or out of range.
+double LoadSynthGain();
+void SaveSynthGain(double gain);

@@ -8,6 +8,7 @@
 #include "generator/bank.h"
 #include "platform/field_checks.h"
 #include "live/live_system.h"
+#include "midi/backends/synth.h"
 #include "midi/backends/wire_check.h"
 #include "midi/live_devices.h"
 #include "midi/midi_in.h"
@@ -15,6 +16,8 @@
 #include "midi/sync_clock.h"
 #include "midi/transport_words.h"
 #include "platform/command_ids.h"
+#include "platform/midi_devices.h"
+#include "platform/prompts.h"
 #include "platform/realtime.h"
 #include "platform/timers.h"
 #include "platform/view_registry.h"
@@ -250,6 +253,26 @@ void ReopenMidiDevices(uint32_t in, uint32_t out) {
   SetMidiOutFlag(METRONOME_RECORD, countIn);
   SetMidiOutFlag(METRONOME_PLAY, false);
   StartMidiIn(TheMidiIn);
+}
+
+double SynthGain = DefaultSynthGain;
+
+std::string SynthGainDialogText() { return SynthGainText(SynthGain); }
+
+bool ApplySynthGainDialog(const std::string& text) {
+  std::string trimmed = text;
+  TrimBlanks(trimmed);
+  char* end = nullptr;
+  const double gain = std::strtod(trimmed.c_str(), &end);
+  if (trimmed.empty() || *end != '\0' || !SynthGainInRange(gain)) {
+    platform::ShowMessageBox("The gain is a number above 0 and at most " + SynthGainText(MaxSynthGain) + ".",
+                             "Velmora", platform::MB_OK | platform::MB_ICONEXCLAMATION);
+    return false;
+  }
+  SynthGain = gain;
+  platform::midiSetSynthGain(gain);
+  SaveSynthGain(gain);
+  return true;
 }
 
 std::vector<std::string> DevicesStatusLines() {

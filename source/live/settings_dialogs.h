@@ -100,6 +100,13 @@ std::vector<std::string> MidiOutDeviceNames();
 // again as chosen, each failure told in the driver's words. MIDI thru and
 // the metronome on record stay as they were; the metronome on play is off.
 void ReopenMidiDevices(uint32_t in, uint32_t out);
+// The built-in synthesizer's gain as the dialog shows it: "3".
+extern double SynthGain;
+std::string SynthGainDialogText();
+// OK with the gain's text: a number above 0 and at most 10 goes to the
+// synthesizer at once and to the settings; anything else is refused with
+// "The gain is a number above 0 and at most 10." (false), and nothing changes.
+bool ApplySynthGainDialog(const std::string& text);
 // The lines under the lists: the scheduling the timer got, the passes it
 // made up for and skipped, and the messages the devices dropped.
 std::vector<std::string> DevicesStatusLines();

@@ -109,6 +109,10 @@ void installMidiDevices(MidiDevices* devices) { installedDevices.store(devices, 
 
 MidiDevices* midiDevices() { return installedDevices.load(std::memory_order_acquire); }
 
+void midiSetSynthGain(double gain) {
+  if (MidiDevices* devices = midiDevices()) devices->setSynthGain(gain);
+}
+
 uint32_t midiOutGetNumDevs() {
   MidiDevices* devices = midiDevices();
   return devices != nullptr ? devices->outCount() : 0;

@@ -111,6 +111,9 @@ class MidiDevices {
   virtual uint32_t inName(uint32_t id, std::string& name) = 0;
   virtual uint32_t inOpen(uint32_t id, MidiInCallbackFn callback, uintptr_t instance,
                           std::unique_ptr<MidiInPort>& port) = 0;
+  // The output gain of a built-in synthesizer among the devices, now and for
+  // its later openings; devices without one ignore it.
+  virtual void setSynthGain(double) {}
 };
 
 // The text for a result code of the device calls, input or output: the one
@@ -119,6 +122,8 @@ std::string midiInGetErrorText(uint32_t code);
 
 void installMidiDevices(MidiDevices* devices);
 MidiDevices* midiDevices();
+// The gain to the installed devices' built-in synthesizer, if any.
+void midiSetSynthGain(double gain);
 
 // The driver calls, forwarded to the installed device list. With none
 // installed there are no devices. Null ports give MMSYSERR_INVALHANDLE.

@@ -284,6 +284,19 @@ DevicesDialog::DevicesDialog(QWidget* parent) : CenteredDialog(parent, QStringLi
   column(ID_DEVICES_OUT_NAME, ID_DEVICES_OUT_LIST, QStringLiteral("MIDI Out"), MidiOutDeviceNames(), MidiOutDevice,
          outName_, outputs_);
   layout->addLayout(columns);
+  // The built-in synthesizer's output level, applied on OK.
+  auto* gainRow = new QHBoxLayout;
+  auto* gainLabel = new QLabel(QStringLiteral("Built-in synthesizer &gain (above 0, at most 10):"), this);
+  gain_ = new QLineEdit(text(SynthGainDialogText()), this);
+  gain_->setObjectName(QStringLiteral("synth gain"));
+  gain_->setMaximumWidth(60);
+  gain_->setToolTip(QStringLiteral("Half the gain is 6 dB quieter. The output never clips: loud chords are held "
+                                   "under -1 dBFS."));
+  gainLabel->setBuddy(gain_);
+  gainRow->addWidget(gainLabel);
+  gainRow->addWidget(gain_);
+  gainRow->addStretch(1);
+  layout->addLayout(gainRow);
   for (const std::string& line : DevicesStatusLines()) {
     auto* status = new QLabel(text(line), this);
     status->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -297,6 +310,11 @@ void DevicesDialog::accept() {
   const auto row = [](const QListWidget* list, uint32_t fallback) {
     return list->currentRow() >= 0 ? static_cast<uint32_t>(list->currentRow()) : fallback;
   };
+  if (gain_->isModified() && !ApplySynthGainDialog(gain_->text().toStdString())) {
+    gain_->setText(text(SynthGainDialogText()));
+    gain_->setFocus();
+    return;
+  }
   ReopenMidiDevices(row(inputs_, MidiInDevice), row(outputs_, MidiOutDevice));
   QDialog::accept();
 }

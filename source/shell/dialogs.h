@@ -5,6 +5,7 @@
 // desktop; its fields and buttons carry their ids as object names.
 #include <QCheckBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QStringList>
@@ -88,9 +89,11 @@ class DevicesDialog final : public CenteredDialog {
   explicit DevicesDialog(QWidget* parent);
   QListWidget* list(uint32_t id) const { return id == 1106 ? inputs_ : outputs_; }
   QLabel* chosen(uint32_t id) const { return id == 1108 ? inName_ : outName_; }
+  QLineEdit* gain() const { return gain_; }
   void accept() override;
 
  private:
+  QLineEdit* gain_;
   QListWidget* inputs_;
   QListWidget* outputs_;
   QLabel* inName_;

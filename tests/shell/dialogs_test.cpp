@@ -138,6 +138,23 @@ TEST_F(Dialogs, ConfirmingTheDevicesTurnsTheMetronomeOnPlayOff) {
   EXPECT_NE(TheMidiOut, nullptr);
 }
 
+TEST_F(Dialogs, TheDevicesDialogShowsTheSynthesizersGainAndRefusesOneOutOfRange) {
+  shell::DevicesDialog dialog(frame.get());
+  EXPECT_EQ(dialog.gain()->text(), QStringLiteral("3"));
+  dialog.gain()->setText(QStringLiteral("20"));
+  dialog.gain()->setModified(true);
+  dialog.accept();
+  EXPECT_EQ(dialog.result(), QDialog::Rejected) << "the dialog stays open";
+  EXPECT_EQ(dialog.gain()->text(), QStringLiteral("3")) << "the field shows the gain in force again";
+  EXPECT_EQ(prompts.shown().back().text, "The gain is a number above 0 and at most 10.");
+  dialog.gain()->setText(QStringLiteral("1.5"));
+  dialog.gain()->setModified(true);
+  dialog.accept();
+  EXPECT_EQ(dialog.result(), QDialog::Accepted);
+  EXPECT_EQ(SynthGainDialogText(), "1.5");
+  ApplySynthGainDialog("3");
+}
+
 TEST_F(Dialogs, TheSeedTakesASignedNumber) {
   auto dialog = shell::MakeFieldDialog(frame.get(), 130);
   dialog->field()->setText(QStringLiteral("-54774"));

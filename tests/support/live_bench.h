@@ -45,8 +45,10 @@ class RefusingDevices final : public platform::MidiDevices {
     if (refusedInputs.contains(id)) return platform::MMSYSERR_ALLOCATED;
     return loopback.inOpen(id, callback, instance, port);
   }
+  void setSynthGain(double gain) override { synthGain = gain; }
 
   LoopbackDevices loopback{3, 3};
+  double synthGain = 0;  // the last gain given to a built-in synthesizer
   std::set<uint32_t> refusedInputs, refusedOutputs;
 };
 

@@ -45,18 +45,22 @@ using namespace platform;
 
 std::string RenderUsage() {
   return std::string(
-    "usage: velmora-render [--params FILE.vlm] [--seed N] [--seconds S] [--tempo BPM]\n"
-    "                      [--resolution TPQ] [--period MS] [--non-periodic]\n"
-    "                      [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n"
-    "                      [--midi OUT.mid]\n"
-    "       velmora-render --song FILE.mid [--log FILE|-] [--wav FILE] [--realtime] [--out N]\n"
-    "                      [--save OUT.mid] [--seconds S]\n"
-    "                      [--select LIST] [--from TIME] [--to TIME] [--edit \"COMMAND FIELD=VALUE ...\"]...\n"
-    "       velmora-render --record N --midi OUT.mid [--seconds S] [--midi-sync] [--out N] [--log FILE|-]\n"
-    "\n"
-    "--select takes one-based track numbers and ranges (1,3-5), --from and --to the counter's time\n"
-    "(measure:beat:tick). Each --edit runs, in order and before the song is saved and played, the code\n"
-    "of its dialog's OK with these fields; a refused field prints the dialog's message and exits 2:\n") +
+             "usage: velmora-render [--params FILE.vlm] [--seed N] [--seconds S] [--tempo BPM]\n"
+             "                      [--resolution TPQ] [--period MS] [--non-periodic]\n"
+             "                      [--log FILE|-] [--wav FILE] [--gain G] [--realtime] [--out N]\n"
+             "                      [--midi OUT.mid]\n"
+             "       velmora-render --song FILE.mid [--log FILE|-] [--wav FILE] [--gain G] [--realtime] [--out N]\n"
+             "                      [--save OUT.mid] [--seconds S]\n"
+             "                      [--select LIST] [--from TIME] [--to TIME] [--edit \"COMMAND FIELD=VALUE ...\"]...\n"
+             "       velmora-render --record N --midi OUT.mid [--seconds S] [--midi-sync] [--out N] [--log FILE|-]\n"
+             "\n"
+             "--gain sets the built-in synthesizer's output gain, above 0 and at most 10 (default ") +
+         SynthGainText(DefaultSynthGain) +
+         "): the default set-up peaks near -3 dBFS,\n"
+         "and half the gain is 6 dB quieter.\n"
+         "--select takes one-based track numbers and ranges (1,3-5), --from and --to the counter's time\n"
+         "(measure:beat:tick). Each --edit runs, in order and before the song is saved and played, the code\n"
+         "of its dialog's OK with these fields; a refused field prints the dialog's message and exits 2:\n" +
          EditScriptUsage;
 }
 
@@ -488,6 +492,14 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
         return std::nullopt;
       }
       options.resolution = static_cast<uint32_t>(whole);
+    } else if (flag == "--gain") {
+      if (!value(text)) return std::nullopt;
+      if (!number(text, real) || !SynthGainInRange(real)) {
+        error = "--gain takes a number above 0 and at most " + SynthGainText(MaxSynthGain) +
+                ", the synthesizer's gain (default " + SynthGainText(DefaultSynthGain) + ")";
+        return std::nullopt;
+      }
+      options.gain = real;
     } else if (flag == "--period") {
       if (!value(text)) return std::nullopt;
       if (!wholeNumber(text, whole) || whole < 1 || whole > 1000) {
@@ -543,6 +555,10 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
     error = "--midi records the generator or an input, not a song (use --save to write a song)";
     return std::nullopt;
   }
+  if (options.gain && options.wav.empty() && !options.realtime) {
+    error = "--gain sets the built-in synthesizer's level and goes with --wav or --realtime";
+    return std::nullopt;
+  }
   if (options.realtime && !options.wav.empty()) {
     error = "--wav renders in virtual time and cannot go with --realtime";
     return std::nullopt;
@@ -582,9 +598,11 @@ RenderEnd RenderRun(const RenderOptions& options, std::string& error) {
     standard = std::make_unique<StandardDevices>();
     inner = &standard->list;
     out = options.out;
+    if (options.gain) standard->synth.setSynthGain(*options.gain);
   } else if (!options.wav.empty()) {
     synth = std::make_unique<SynthDevices>();
     synth->renderTo(options.wav);
+    if (options.gain) synth->setSynthGain(*options.gain);
     virtualDevices.add(synth.get());
   } else {
     virtualDevices.add(&silent);

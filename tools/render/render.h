@@ -24,6 +24,7 @@ struct RenderOptions {
   bool nonPeriodic = false;
   std::string log;  // "-" for the standard output
   std::string wav;
+  std::optional<double> gain;  // the built-in synthesizer's gain; its default without
   bool realtime = false;
   uint32_t out = 0;  // output device for a real-time run
   std::string midi;               // records the run and writes the take as a MIDI file

@@ -26,6 +26,9 @@ class DeviceList final : public platform::MidiDevices {
   uint32_t inName(uint32_t id, std::string& name) override;
   uint32_t inOpen(uint32_t id, platform::MidiInCallbackFn callback, uintptr_t instance,
                   std::unique_ptr<platform::MidiInPort>& port) override;
+  void setSynthGain(double gain) override {
+    for (platform::MidiDevices* backend : backends_) backend->setSynthGain(gain);
+  }
 
  private:
   std::vector<platform::MidiDevices*> backends_;

@@ -4,12 +4,17 @@
 #include <alsa/asoundlib.h>
 #include <fluidsynth.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdio>
+#include <optional>
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <vector>
 
+#include "midi/backends/peak_limiter.h"
 #include "midi/backends/wav_writer.h"
 #include "midi/midi_event.h"
 #include "platform/timers.h"
@@ -46,6 +51,11 @@ struct SynthDevices::Engine {
   uint64_t framesDone = 0;
   int sampleRate = 44100;
   bool renderFailed = false;
+  std::optional<PeakLimiter> limiter;
+  std::size_t framesToDrop = 0;  // the limiter's delay, at the head of a render
+  static constexpr std::size_t Block = 1024;
+  std::array<float, Block> leftBlock{}, rightBlock{};
+  std::array<int16_t, 2 * Block> samples{};
 
   ~Engine() {
     if (audio != nullptr) delete_fluid_audio_driver(audio);
@@ -55,16 +65,42 @@ struct SynthDevices::Engine {
 
   bool rendering() const { return wav.isOpen(); }
 
+  // Fills both channels with the synthesizer's next frames, limited. The
+  // limiter is made with the first block, at the sample rate then in force.
+  void synthesize(float* left, float* right, int frames) {
+    std::fill_n(left, frames, 0.0f);
+    std::fill_n(right, frames, 0.0f);
+    float* channels[2] = {left, right};
+    float* effects[4] = {left, right, left, right};  // reverb and chorus mixed into the dry sound
+    fluid_synth_process(synth, frames, 4, effects, 2, channels);
+    if (!limiter) limiter.emplace(sampleRate);
+    limiter->process(left, right, static_cast<std::size_t>(frames));
+  }
+
   // Renders the frames between the last rendered one and the timers' time now.
-  void renderUntil(uint32_t nowMs) {
-    const uint64_t target = uint64_t{nowMs - renderStart} * sampleRate / 1000;
-    std::array<int16_t, 2 * 1024> buffer;
+  // The limiter's delay is taken back: the first frames it gives are dropped,
+  // and finishing renders as many more, so every sound stays at its millisecond.
+  void renderUntil(uint32_t nowMs, std::size_t extraFrames = 0) {
+    const uint64_t target = uint64_t{nowMs - renderStart} * sampleRate / 1000 + extraFrames;
     while (framesDone < target && !renderFailed) {
-      const int frames = static_cast<int>(std::min<uint64_t>(target - framesDone, buffer.size() / 2));
-      fluid_synth_write_s16(synth, frames, buffer.data(), 0, 2, buffer.data(), 1, 2);
-      renderFailed = !wav.write(std::span<const int16_t>(buffer.data(), 2 * static_cast<std::size_t>(frames)));
+      const int frames = static_cast<int>(std::min<uint64_t>(target - framesDone, Block));
+      synthesize(leftBlock.data(), rightBlock.data(), frames);
+      const std::size_t skip = std::min<std::size_t>(framesToDrop, static_cast<std::size_t>(frames));
+      framesToDrop -= skip;
+      std::size_t count = 0;
+      for (std::size_t i = skip; i < static_cast<std::size_t>(frames); ++i) {
+        samples[count++] = toSample(leftBlock[i]);
+        samples[count++] = toSample(rightBlock[i]);
+      }
+      renderFailed = !wav.write(std::span<const int16_t>(samples.data(), count));
       framesDone += static_cast<uint64_t>(frames);
     }
+  }
+
+  void finishRendering(uint32_t nowMs) { renderUntil(nowMs, limiter ? limiter->delay() : 0); }
+
+  static int16_t toSample(float value) {
+    return static_cast<int16_t>(std::lrint(std::clamp(value, -1.0f, 1.0f) * 32767.0f));
   }
 
   void play(uint32_t word) {
@@ -166,14 +202,24 @@ class SynthPort final : public MidiOutPort {
 
 // Tries the system's usual audio servers; none at all leaves the synthesizer
 // silent. JACK is used when it runs, never started on the user's behalf.
-fluid_audio_driver_t* startAudio(fluid_settings_t* settings, fluid_synth_t* synth) {
+// The audio driver's callback: the synthesizer's frames through the limiter.
+int playAudio(void* data, int frames, int, float**, int outputs, float** out) {
+  if (outputs < 2) return FLUID_FAILED;
+  static_cast<SynthDevices::Engine*>(data)->synthesize(out[0], out[1], frames);
+  return FLUID_OK;
+}
+
+fluid_audio_driver_t* startAudio(fluid_settings_t* settings, SynthDevices::Engine* engine) {
 #ifndef _WIN32
   setenv("JACK_NO_START_SERVER", "1", 0);
 #endif
-  if (fluid_audio_driver_t* audio = new_fluid_audio_driver(settings, synth)) return audio;
+  double rate = 44100;
+  fluid_settings_getnum(settings, "synth.sample-rate", &rate);
+  engine->sampleRate = static_cast<int>(rate);
+  if (fluid_audio_driver_t* audio = new_fluid_audio_driver2(settings, playAudio, engine)) return audio;
   for (const char* driver : {"pulseaudio", "alsa", "jack"}) {
     fluid_settings_setstr(settings, "audio.driver", driver);
-    if (fluid_audio_driver_t* audio = new_fluid_audio_driver(settings, synth)) return audio;
+    if (fluid_audio_driver_t* audio = new_fluid_audio_driver2(settings, playAudio, engine)) return audio;
   }
   return nullptr;
 }
@@ -205,6 +251,20 @@ uint32_t SynthDevices::inOpen(uint32_t, MidiInCallbackFn, uintptr_t, std::unique
   return MMSYSERR_BADDEVICEID;
 }
 
+bool SynthGainInRange(double gain) { return gain > 0 && gain <= MaxSynthGain; }
+
+std::string SynthGainText(double gain) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", gain);
+  return text;
+}
+
+void SynthDevices::setSynthGain(double gain) {
+  if (!SynthGainInRange(gain)) return;
+  gain_ = gain;
+  if (const auto engine = engine_.lock()) fluid_synth_set_gain(engine->synth, static_cast<float>(gain));
+}
+
 void SynthDevices::renderTo(const std::string& wavPath, int sampleRate) {
   renderPath_ = wavPath;
   sampleRate_ = sampleRate;
@@ -220,7 +280,7 @@ uint32_t SynthDevices::outOpen(uint32_t id, MidiOutCallbackFn callback, uintptr_
   engine->settings = new_fluid_settings();
   if (engine->settings == nullptr) return MMSYSERR_NOMEM;
   fluid_settings_setnum(engine->settings, "synth.sample-rate", sampleRate_);
-  fluid_settings_setnum(engine->settings, "synth.gain", 0.4);
+  fluid_settings_setnum(engine->settings, "synth.gain", gain_);
   engine->synth = new_fluid_synth(engine->settings);
   if (engine->synth == nullptr) return MMSYSERR_NOMEM;
   if (fluid_synth_sfload(engine->synth, soundFont_.c_str(), 1) == FLUID_FAILED) return MMSYSERR_NODRIVER;
@@ -229,8 +289,10 @@ uint32_t SynthDevices::outOpen(uint32_t id, MidiOutCallbackFn callback, uintptr_
     if (!engine->wav.open(renderPath_, static_cast<uint32_t>(sampleRate_), 2)) return MMSYSERR_ERROR;
     engine->sampleRate = sampleRate_;
     engine->renderStart = timeGetTime();
+    engine->limiter.emplace(sampleRate_);
+    engine->framesToDrop = engine->limiter->delay();
   } else {
-    engine->audio = startAudio(engine->settings, engine->synth);
+    engine->audio = startAudio(engine->settings, engine.get());
   }
   engine_ = engine;
   auto opened = std::make_unique<SynthPort>(std::move(engine), callback, instance);
@@ -251,7 +313,7 @@ bool SynthDevices::finishRender() {
   const auto engine = engine_.lock();
   if (!engine || !engine->rendering()) return true;
   std::lock_guard lock(engine->renderMutex);
-  engine->renderUntil(timeGetTime());
+  engine->finishRendering(timeGetTime());
   const bool closed = engine->wav.close();
   return closed && !engine->renderFailed;
 }

@@ -14,6 +14,17 @@
 
 #include "platform/midi_devices.h"
 
+// The synthesizer's output gain, FluidSynth's "synth.gain": a factor on every
+// voice's level. The default leaves the default set-up's single voices near
+// -3 dBFS; denser chords are held under -1 dBFS by the output's peak limiter.
+// The range is FluidSynth's own.
+inline constexpr double DefaultSynthGain = 3.0;
+inline constexpr double MaxSynthGain = 10.0;
+// A gain the synthesizer takes: above 0 and at most MaxSynthGain.
+bool SynthGainInRange(double gain);
+// A gain as the settings and the messages write it: "2", "0.35".
+std::string SynthGainText(double gain);
+
 class SynthDevices final : public platform::MidiDevices {
  public:
   // The first General MIDI SoundFont at the usual Debian places, or "".
@@ -33,6 +44,11 @@ class SynthDevices final : public platform::MidiDevices {
   uint32_t inOpen(uint32_t id, platform::MidiInCallbackFn callback, uintptr_t instance,
                   std::unique_ptr<platform::MidiInPort>& port) override;
 
+  // The gain, for the open synthesizer at once and for every later opening;
+  // one out of range is ignored.
+  void setSynthGain(double gain) override;
+  double gain() const { return gain_; }
+
   // Set before the device opens: render into this file instead of playing.
   void renderTo(const std::string& wavPath, int sampleRate = 44100);
   // Renders up to the timers' time now; false once writing the file failed.
@@ -50,5 +66,6 @@ class SynthDevices final : public platform::MidiDevices {
   std::string soundFont_;
   std::string renderPath_;
   int sampleRate_ = 44100;
+  double gain_ = DefaultSynthGain;
   std::weak_ptr<Engine> engine_;  // lives as long as the open port
 };
