@@ -68,8 +68,8 @@ std::string thirtyTwoVoiceSetUp() {
   }
   const auto bytes = ParameterFileBytes();
   const std::string path = temp("velmora-32-voices.vlm");
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                              static_cast<std::streamsize>(bytes.size()));
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   return path;
 }
 

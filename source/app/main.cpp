@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
   const platform::InstalledSeams seams({
       .loop = &loop, .timers = &timers, .devices = &devices.list, .settings = &settings, .prompts = &prompts});
 
-  const int code = shell::RunVelmora(app, {});
+  const int code = shell::RunVelmora(app, {.splash = true, .maximized = true, .file = shell::FileArgument(QApplication::arguments())});
 
   loop.close();
   return code;

@@ -122,6 +122,13 @@ inline constexpr uint32_t CMD_FIRST_CHILD_WINDOW = 4100;  // the Window menu's l
 // Help:
 inline constexpr uint32_t CMD_HELP_CONTENTS = 1202;
 inline constexpr uint32_t CMD_HELP_USING = 1203;
+// The Realtime menu's keys for the Control Bar's transport buttons.
+inline constexpr uint32_t CMD_KEY_PLAY_STOP = 1750;
+inline constexpr uint32_t CMD_KEY_RECORD = 1751;
+inline constexpr uint32_t CMD_KEY_GENERATE = 1752;
+// File > Open recent: its entries, newest first.
+inline constexpr uint32_t CMD_FIRST_RECENT_FILE = 1760;
+inline constexpr uint32_t RecentFileCount = 8;
 inline constexpr uint32_t CMD_ABOUT = 2009;
 inline constexpr uint32_t CMD_ABOUT_HINT = 2008;    // a second hint of the string table for About
 inline constexpr uint32_t CMD_FILE_MENU_HINT = 65535;  // the File menu's own hint

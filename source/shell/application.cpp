@@ -6,6 +6,7 @@
 #include "platform/midi_devices.h"
 #include "platform/prompts.h"
 #include "shell/ending.h"
+#include "shell/recent_files.h"
 #include "shell/generator/control_panel_window.h"
 #include "song/region_edits.h"
 #include "song/track_rows.h"
@@ -45,7 +46,15 @@ std::unique_ptr<MainFrame> StartVelmora(const StartOptions& options) {
   frame->takeClientRect();
   const QRect client = frame->clientRect();
   frame->openMdiChild(new ControlPanelWindow, 0, 0, client.width(), client.height());
+  if (!options.file.isEmpty()) OpenGivenFile(options.file);
   return frame;  // the splash goes now that the first view is open
+}
+
+QString FileArgument(const QStringList& arguments) {
+  for (qsizetype i = 1; i < arguments.size(); ++i) {
+    if (!arguments[i].startsWith(u'-')) return arguments[i];
+  }
+  return {};
 }
 
 int RunVelmora(QApplication& app, const StartOptions& options) {

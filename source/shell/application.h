@@ -13,7 +13,11 @@ namespace shell {
 struct StartOptions {
   bool splash = true;     // the curtain before the frame shows
   bool maximized = true;  // the frame fills the screen
+  QString file;           // a song or set-up file to open once the frame shows
 };
+
+// The file named on a command line ("velmora song.mid"), or empty.
+QString FileArgument(const QStringList& arguments);
 
 // Both device counts; a machine without an input or an output is told so,
 // in this order, and the program must not start (false).

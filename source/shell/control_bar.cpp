@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "live/live_system.h"
+#include "live/status_line.h"
 #include "platform/command_ids.h"
 #include "platform/view_registry.h"
 #include "song/song_store.h"
@@ -74,14 +75,10 @@ void paintMark(QPainter& painter, const QRect& r) {
 }  // namespace
 
 QString CounterText(uint32_t ticks) {
-  const uint32_t resolution = SongResolution == 0 ? 1 : SongResolution.load();
-  const uint32_t numerator = Numerator == 0 ? 1 : Numerator.load();
-  const auto beats = static_cast<uint16_t>(ticks / resolution);
-  const auto bar = static_cast<uint16_t>(beats / numerator + 1);
-  const auto beat = static_cast<uint16_t>(beats % numerator + 1);
+  const BarBeat at = BarBeatAt(ticks);
   char text[32];
-  std::snprintf(text, sizeof text, "%05u:%02u:%03u", static_cast<unsigned>(bar), static_cast<unsigned>(beat),
-                static_cast<unsigned>(ticks % resolution));
+  std::snprintf(text, sizeof text, "%05u:%02u:%03u", static_cast<unsigned>(at.bar), static_cast<unsigned>(at.beat),
+                static_cast<unsigned>(at.tick));
   return QString::fromLatin1(text);
 }
 

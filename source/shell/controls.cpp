@@ -71,6 +71,27 @@ void Button::setDown(bool down) {
   update();
 }
 
+void Button::setLit(bool lit) {
+  if (lit_ == lit) return;
+  lit_ = lit;
+  update();
+}
+
+void Button::setRaisedText(QString text) {
+  raisedText_ = std::move(text);
+  update();
+}
+
+QColor LitColor(Face face) {
+  switch (face) {
+    case Face::Play: return {70, 200, 90};
+    case Face::Record: return {235, 80, 70};
+    case Face::Generate:
+    case Face::MidiSync: return {245, 190, 60};
+    default: return {140, 215, 140};
+  }
+}
+
 void Button::click() {
   if (!isEnabled()) return;
   if (kind_ == Kind::TwoState) setDown(!down_);
@@ -108,18 +129,26 @@ void Button::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing, false);
   const bool pressed = down_ || held_;
   const QRect r = rect().adjusted(0, 0, -1, -1);
-  painter.fillRect(rect(), pressed ? QColor(176, 176, 176) : QColor(212, 212, 212));
+  // A pressed text button (a channel, Overlap) is lit, so that its state reads at a glance.
+  const bool lit = lit_ || (kind_ == Kind::TwoState && face_ == Face::Text && down_);
+  QColor fill = pressed ? QColor(176, 176, 176) : QColor(212, 212, 212);
+  if (lit) fill = LitColor(face_);
+  painter.fillRect(rect(), fill);
   PaintEdge(painter, r, pressed);
   if (hasFocus()) {
     painter.setPen(QPen(QColor(0, 0, 0), 1, Qt::DotLine));
     painter.drawRect(r.adjusted(2, 2, -2, -2));
   }
-  const QColor ink = isEnabled() ? QColor(0, 0, 0) : QColor(150, 150, 150);
+  // A lit face keeps its black ink while its command is disabled: it runs, it is not unavailable.
+  const QColor ink = isEnabled() || lit ? QColor(0, 0, 0) : QColor(150, 150, 150);
   const double inset = height() < 16 ? 1 : 3;  // the channel buttons are 12 high
   const QRectF box = QRectF(rect()).adjusted(inset, inset, -inset, -inset).translated(pressed ? 1 : 0, pressed ? 1 : 0);
   if (face_ == Face::Text) {
+    QFont font = painter.font();
+    font.setBold(lit);
+    painter.setFont(font);
     painter.setPen(ink);
-    painter.drawText(box, Qt::AlignCenter, text_);
+    painter.drawText(box, Qt::AlignCenter, shownText());
   } else {
     painter.setRenderHint(QPainter::Antialiasing, true);
     PaintFace(painter, face_, box, ink);
@@ -128,7 +157,7 @@ void Button::paintEvent(QPaintEvent*) {
   if (kind_ == Kind::TwoState && down_ && height() >= 18) {
     painter.setRenderHint(QPainter::Antialiasing, true);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(isEnabled() ? QColor(40, 200, 60) : QColor(120, 160, 120));
+    painter.setBrush(isEnabled() || lit ? QColor(40, 200, 60) : QColor(120, 160, 120));
     painter.drawEllipse(QRectF(width() - 6.5, 2.5, 4, 4));
   }
 }

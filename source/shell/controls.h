@@ -52,6 +52,13 @@ class Button : public Control {
   intptr_t handleMessage(uint32_t msg, uintptr_t param1, uintptr_t param2) override;
   bool isDown() const { return down_; }
   void setDown(bool down);
+  // A lit face: the control's command runs (playing, recording, generating,
+  // waiting for a clock), also while the button itself is disabled.
+  bool isLit() const { return lit_; }
+  void setLit(bool lit);
+  // A two-state text button that names its state: this text while raised.
+  void setRaisedText(QString text);
+  QString shownText() const { return !down_ && !raisedText_.isEmpty() ? raisedText_ : text_; }
   // A user's click, as the mouse or the keyboard gives it.
   void click();
   QSize sizeHint() const override;
@@ -67,9 +74,15 @@ class Button : public Control {
   Kind kind_;
   Face face_;
   QString text_;
+  QString raisedText_;
   bool down_ = false;
   bool held_ = false;
+  bool lit_ = false;
 };
+
+// The colour of a lit face: green for Play, red for Record, amber for the
+// generator and for a clock awaited, light green for a pressed text button.
+QColor LitColor(Face face);
 
 // A bar that the user drags; its range runs from 0 to its length less 3.
 class Bar : public Control {

@@ -5,7 +5,10 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QApplication>
 #include <QCloseEvent>
+#include <QFileInfo>
+#include <QLabel>
 #include <QMenuBar>
 #include <QMdiSubWindow>
 #include <QStatusBar>
@@ -16,6 +19,7 @@
 #include "generator/bank.h"
 #include "generator/setup_files.h"
 #include "live/settings_dialogs.h"
+#include "live/status_line.h"
 #include "midi/transport_words.h"
 #include "platform/command_ids.h"
 #include "platform/view_registry.h"
@@ -29,6 +33,8 @@
 #include "shell/generator/distributions_window.h"
 #include "shell/generator/functions_window.h"
 #include "shell/help.h"
+#include "shell/recent_files.h"
+#include "shell/shortcuts.h"
 #include "shell/controllers_window.h"
 #include "shell/song/events_window.h"
 #include "shell/song/lyrics_window.h"
@@ -45,7 +51,7 @@ namespace shell {
 namespace {
 
 struct MenuEntry {
-  uint32_t id;  // 0: a separator; 1: the start of the submenu "&Clock...", 2: its end
+  uint32_t id;  // 0: a separator; 1: the start of the submenu "&Clock...", 2: its end; 3: the recent files
   const char* label;
 };
 
@@ -61,6 +67,7 @@ const std::vector<Menu>& MenuBar() {
         {CMD_OPEN_SONG, "&Open..."},
         {CMD_SAVE_SONG, "&Save"},
         {CMD_SAVE_SONG_AS, "S&ave as..."},
+        {3, "Open &recent"},
         {0, nullptr},
         {CMD_OPEN_SETUP, "O&pen Velmora..."},
         {CMD_SAVE_SETUP_AS, "Save &Velmora as..."},
@@ -77,7 +84,12 @@ const std::vector<Menu>& MenuBar() {
         {CMD_VIEW_FUNCTIONS, "Functions"},
         {CMD_VIEW_BOARDS, "Boards"},
         {CMD_VIEW_BANKS, "Banks"}}},
-      {"&Realtime", {{CMD_QUANTIZE_RECORD_SETTINGS, "&Quantize Record"}}},
+      {"&Realtime",
+       {{CMD_QUANTIZE_RECORD_SETTINGS, "&Quantize Record"},
+        {0, nullptr},
+        {CMD_KEY_PLAY_STOP, "&Play / Stop"},
+        {CMD_KEY_RECORD, "&Record"},
+        {CMD_KEY_GENERATE, "&Generator on / off"}}},
       {"&Select",
        {{CMD_SELECT_FROM, "&From..."},
         {CMD_SELECT_TO, "&To..."},
@@ -248,7 +260,16 @@ MainFrame::MainFrame() {
   FrameWindow = this;
   createMenus();
   createToolbar();
-  statusBar()->setSizeGripEnabled(true);  // blank for the life of the program
+  statusBar()->setSizeGripEnabled(true);
+  status_ = new QLabel(statusBar());
+  status_->setObjectName(QStringLiteral("status line"));
+  statusBar()->addWidget(status_, 1);
+  qApp->installEventFilter(new TextFieldsKeepShortcutKeys(this));
+  // What runs, the position, the lit transport faces and the title's marker
+  // follow the transport words, which the clock's threads change.
+  auto* statusTimer = new QTimer(this);
+  connect(statusTimer, &QTimer::timeout, this, [this] { refreshStatus(); });
+  statusTimer->start(100);
   auto* centre = new QWidget(this);
   auto* layout = new QVBoxLayout(centre);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -281,10 +302,15 @@ void MainFrame::createMenus() {
         current = top->addMenu(QString::fromUtf8(entry.label));
       } else if (entry.id == 2) {
         current = top;
+      } else if (entry.id == 3) {
+        recentMenu_ = top->addMenu(QString::fromUtf8(entry.label));
+        recentMenu_->setObjectName(QStringLiteral("recent"));
+        connect(recentMenu_, &QMenu::aboutToShow, this, [this] { fillRecentMenu(); });
       } else {
         QAction* action = current->addAction(QString::fromUtf8(entry.label));
         action->setObjectName(QString::number(entry.id));
         action->setCheckable(Among(CheckedCommands, entry.id));
+        action->setShortcut(CommandShortcut(entry.id));
         connect(action, &QAction::triggered, this, [this, id = entry.id] { command(id); });
         actions_[entry.id] = action;
       }
@@ -322,9 +348,52 @@ QAction* MainFrame::menuAction(uint32_t id) const { return FindById(actions_, id
 
 QAction* MainFrame::toolAction(uint32_t id) const { return FindById(tools_, id); }
 
-// SetFrameTitle: "Velmora - [SongTitle]".
+// SetFrameTitle: "Velmora - [SongTitle]", with the file's name for a path.
+// The song that has changed since it was saved gets Qt's modified marker.
 void MainFrame::showSongTitle(const std::string& songTitle) {
-  setWindowTitle(QString::fromStdString("Velmora - [" + songTitle + "]"));
+  const QString title = QString::fromStdString(songTitle);
+  const QFileInfo file(title);
+  songName_ = file.isFile() ? file.fileName() : title;
+  if (file.isFile()) AddRecentFile(file.absoluteFilePath());
+  showModified(SongDirty != 0);
+}
+
+void MainFrame::showModified(bool modified) {
+  // The marker's place holder is in the title only while it shows, so an unchanged song's title stays plain.
+  setWindowTitle(QStringLiteral("Velmora - [%1]%2").arg(songName_, modified ? QStringLiteral("[*]") : QString()));
+  setWindowModified(modified);
+}
+
+void MainFrame::refreshStatus() {
+  if (isWindowModified() != (SongDirty != 0)) showModified(SongDirty != 0);
+  status_->setText(QString::fromStdString(StatusLine()));
+  if (controlBar_ == nullptr) return;
+  const std::pair<uint32_t, bool> lit[] = {{CMD_PLAY, Playing == 1},
+                                           {CMD_RECORD, Recording == 1},
+                                           {CMD_GENERATE, Generating == 1},
+                                           {CMD_MIDI_SYNC, WaitingForMidiClock()}};
+  for (const auto& [id, on] : lit) {
+    if (Button* button = controlBar_->button(id)) button->setLit(on);
+  }
+}
+
+void MainFrame::fillRecentMenu() {
+  recentMenu_->clear();
+  const QStringList files = RecentFiles();
+  for (int n = 0; n < files.size(); ++n) {
+    QAction* action = recentMenu_->addAction(QStringLiteral("&%1 %2").arg(n + 1).arg(QFileInfo(files[n]).fileName()));
+    action->setObjectName(QString::number(CMD_FIRST_RECENT_FILE + static_cast<uint32_t>(n)));
+    action->setToolTip(files[n]);
+    action->setEnabled(Playing != 1 && Recording != 1);
+    connect(action, &QAction::triggered, this, [file = files[n]] { OpenGivenFile(file); });
+  }
+  if (files.isEmpty()) recentMenu_->addAction(QStringLiteral("(none)"))->setEnabled(false);
+}
+
+// The transport's keys press the Control Bar's buttons, as a click does.
+void MainFrame::pressTransport(uint32_t id) {
+  if (controlBar_ == nullptr) return;
+  if (Button* button = controlBar_->button(id)) button->click();
 }
 
 void MainFrame::checkMenuItem(uint32_t id, bool checked) {
@@ -444,6 +513,9 @@ void MainFrame::command(uint32_t id) {
     case CMD_OPEN_SETUP: ReadParameterFile(ControlBarWindow); return;
     case CMD_SAVE_SETUP_AS: WriteParameterFile(ControlBarWindow); return;
     case CMD_EXIT: close(); return;
+    case CMD_KEY_PLAY_STOP: pressTransport(Playing == 1 || Recording == 1 ? CMD_STOP : CMD_PLAY); return;
+    case CMD_KEY_RECORD: pressTransport(CMD_RECORD); return;
+    case CMD_KEY_GENERATE: pressTransport(CMD_GENERATE); return;
     case CMD_QUANTIZE_RECORD_SETTINGS: MakeFieldDialog(this, DLG_QUANTIZE_RECORD)->exec(); return;
     case CMD_SELECT_FROM: MakeFieldDialog(this, DLG_FROM)->exec(); return;
     case CMD_SELECT_TO: MakeFieldDialog(this, DLG_TO)->exec(); return;

@@ -12,6 +12,7 @@
 #include "platform/view_registry.h"
 
 class QAction;
+class QLabel;
 class QMdiSubWindow;
 class QToolBar;
 
@@ -51,6 +52,10 @@ class MainFrame final : public QMainWindow, public platform::FrameView {
   QMdiArea* client() const { return client_; }
   QToolBar* toolbar() const { return toolbar_; }
   QRect clientRect() const { return clientRect_; }
+  // The status line, the lit transport faces and the title's marker, as the transport and the song stand now.
+  void refreshStatus();
+  QLabel* statusLine() const { return status_; }
+  QMenu* recentMenu() const { return recentMenu_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -61,6 +66,9 @@ class MainFrame final : public QMainWindow, public platform::FrameView {
   void setCommandEnabled(uint32_t id, bool enabled, bool alsoToolbar);
   void openView(uint32_t id);
   void fillWindowMenu();
+  void fillRecentMenu();
+  void showModified(bool modified);
+  void pressTransport(uint32_t id);
   void arrangeIcons();
   std::map<uint32_t, QAction*> actions_;
   std::map<uint32_t, QAction*> tools_;
@@ -68,6 +76,9 @@ class MainFrame final : public QMainWindow, public platform::FrameView {
   ControlBarWidget* controlBar_ = nullptr;
   QMdiArea* client_ = nullptr;
   QMenu* windowMenu_ = nullptr;
+  QMenu* recentMenu_ = nullptr;
+  QLabel* status_ = nullptr;
+  QString songName_;
   QRect clientRect_;
 };
 

@@ -1,5 +1,7 @@
 #include "shell/two_value_slider.h"
 
+#include "shell/shortcuts.h"
+
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -176,6 +178,12 @@ void TwoValueSlider::keyPressEvent(QKeyEvent* event) {
     default:
       Control::keyPressEvent(event);
   }
+}
+
+// Home and End move the fader while it has the focus, not the song.
+bool TwoValueSlider::event(QEvent* event) {
+  if (KeepOwnKeys(event, {Qt::Key_Home, Qt::Key_End})) return true;
+  return Control::event(event);
 }
 
 }  // namespace shell

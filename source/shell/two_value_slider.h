@@ -35,6 +35,7 @@ class TwoValueSlider final : public Control {
   void wheelEvent(QWheelEvent*) override;
   void keyPressEvent(QKeyEvent*) override;
   void resizeEvent(QResizeEvent*) override;
+  bool event(QEvent* event) override;
 
  private:
   enum class Drag { None, Main, Second };

@@ -371,9 +371,14 @@ void OpenSongDialog() {
   const auto path = p->openFileName(dialog);
   if (!path) return;
   MidiFilesDir = folderOf(*path);
-  if (!LoadSong(*path)) return;
-  SongTitle = *path;  // whatever the load made of the file
+  OpenSongFile(*path);
+}
+
+bool OpenSongFile(const std::string& path) {
+  if (!LoadSong(path)) return false;
+  SongTitle = path;  // whatever the load made of the file
   ShowSongTitle();
+  return true;
 }
 
 bool LoadSong(const std::string& path) {

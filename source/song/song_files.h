@@ -28,6 +28,8 @@ void OpenSongDialog();
 // that is no MIDI file leaves an empty song. True also when the user cancels
 // at the question that guards unsaved work.
 bool LoadSong(const std::string& path);
+// Open's work once a file is chosen: the load, and the path as the song's title.
+bool OpenSongFile(const std::string& path);
 void SaveSong();
 void SaveSongAs();
 // Writes the song as a format 1 file: 1 when written, 0 when not. The file

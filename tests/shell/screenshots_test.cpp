@@ -28,6 +28,7 @@
 #include "shell/generator/functions_window.h"
 #include "generator/functions.h"
 #include "generator/functions_window.h"
+#include "platform/command_ids.h"
 #include "shell_bench.h"
 
 namespace {
@@ -268,6 +269,19 @@ TEST_F(Screenshots, TheControllersAndLyricsWindowsArePictured) {
   rendered.setStyleName(QFontInfo(rendered).styleName());
   shell::LyricsFontDialog font(frame.get(), rendered, Qt::black);
   shoot(font, QStringLiteral("lyrics-font"));
+}
+
+// Run once as it is and once more with QT_SCALE_FACTOR=1.5 (its own CTest entry).
+TEST_F(Screenshots, TheFramePlayingASongWithItsStatusLineIsPictured) {
+  showLoadedSongInTracks();
+  frame->command(CMD_VIEW_CONTROL_PANEL);
+  click(CMD_PLAY);
+  passes(20);
+  frame->refreshStatus();
+  EXPECT_TRUE(frame->statusLine()->text().startsWith(QStringLiteral("Playing · bar ")));
+  const QString scale = qEnvironmentVariable("QT_SCALE_FACTOR");
+  shoot(*frame, scale == QStringLiteral("1.5") ? QStringLiteral("frame-playing-150") : QStringLiteral("frame-playing"));
+  click(CMD_STOP);
 }
 
 }  // namespace

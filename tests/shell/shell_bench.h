@@ -35,7 +35,7 @@ class ShellBench : public ::testing::Test {
   // Velmora as the program starts it, without the splash.
   void start() {
     install();
-    frame = shell::StartVelmora({.splash = false, .maximized = false});
+    frame = shell::StartVelmora({.splash = false, .maximized = false, .file = {}});
     ASSERT_NE(frame, nullptr);
     deliver();
   }
@@ -47,7 +47,7 @@ class ShellBench : public ::testing::Test {
     const std::string key = settingsKey();
     settings.createKey(platform::SettingsLevel::User, key);
     settings.set(platform::SettingsLevel::User, key, "Midi Thru", platform::SettingsValue::word(0));
-    frame = shell::StartVelmora({.splash = false, .maximized = false});
+    frame = shell::StartVelmora({.splash = false, .maximized = false, .file = {}});
     ASSERT_NE(frame, nullptr);
     deliver();
   }

@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
 # Installs Velmora into a temporary folder, starts the installed program on a
-# virtual X display with its settings in an empty folder, waits for the
-# frame, closes it from the File menu, and checks that the settings were
-# written. Usage: smoke_test.sh BUILD_DIR
+# virtual X display with its settings in an empty folder and a song named on
+# its command line, waits for the frame, presses Space and sees the counter
+# move, closes it from the File menu, and checks that the settings were
+# written. Usage: smoke_test.sh BUILD_DIR SCREEN_REGION SONG.mid
 set -euo pipefail
 build=$1
+screen_region=$2
+song=$3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -21,17 +24,32 @@ unset QT_QPA_PLATFORM
 
 cat > "$work/session" <<SESSION
 set -euo pipefail
-"$program" > "$work/velmora.log" 2>&1 &
+"$program" "$song" > "$work/velmora.log" 2>&1 &
 pid=\$!
 # The frame shows once the splash has run; a key press ends the splash at once.
 for i in \$(seq 1 60); do
-  window=\$(xdotool search --name '^Velmora - \[No name\]\$' 2>/dev/null | head -n 1 || true)
+  window=\$(xdotool search --name '^Velmora - \[format1_lyrics.mid\]\$' 2>/dev/null | head -n 1 || true)
   [ -n "\$window" ] && break
   xdotool key space 2>/dev/null || true
   sleep 0.5
 done
 if [ -z "\${window:-}" ]; then
   echo "smoke: the frame did not appear"; cat "$work/velmora.log"; kill \$pid; exit 1
+fi
+sleep 1
+# Space plays the song: the counter (at 8, 8 of the Control Bar, under the menu and the toolbar) moves.
+eval "\$(xdotool getwindowgeometry --shell "\$window")"
+counter() { "$screen_region" \$((X + 4)) \$((Y + 52)) 200 36 "$work/counter-\$1.png" 2>/dev/null; }
+before=\$(counter before)
+# With no window manager the keyboard's focus is given by hand.
+xdotool windowfocus "\$window"
+sleep 0.3
+xdotool key space
+sleep 0.5
+after=\$(counter after)
+xdotool key space
+if [ "\$before" = "\$after" ]; then
+  echo "smoke: Space did not move the counter"; cp "$work"/counter-*.png /tmp/ 2>/dev/null || true; kill \$pid; exit 1
 fi
 sleep 1
 # File, then its last entry, Exit, with the mouse: there is no window manager to give the keyboard's focus.

@@ -17,7 +17,7 @@ class StartUp : public ShellBench {};
 
 TEST_F(StartUp, AMachineWithoutAnInputIsToldSoAndVelmoraDoesNotStart) {
   install(1, 0);
-  EXPECT_EQ(shell::StartVelmora({.splash = false, .maximized = false}), nullptr);
+  EXPECT_EQ(shell::StartVelmora({.splash = false, .maximized = false, .file = {}}), nullptr);
   ASSERT_EQ(prompts.shown().size(), 1u);
   EXPECT_EQ(prompts.shown()[0].text, "No Midi In device on your system, or drivers have not yet been installed");
   EXPECT_EQ(prompts.shown()[0].title, "Velmora");
@@ -27,14 +27,14 @@ TEST_F(StartUp, AMachineWithoutAnInputIsToldSoAndVelmoraDoesNotStart) {
 
 TEST_F(StartUp, AMachineWithoutAnOutputIsToldSo) {
   install(0, 1);
-  EXPECT_EQ(shell::StartVelmora({.splash = false, .maximized = false}), nullptr);
+  EXPECT_EQ(shell::StartVelmora({.splash = false, .maximized = false, .file = {}}), nullptr);
   ASSERT_EQ(prompts.shown().size(), 1u);
   EXPECT_EQ(prompts.shown()[0].text, "No Midi Out device on your system, or drivers have not yet been installed");
 }
 
 TEST_F(StartUp, AMachineWithNeitherHearsBothInThisOrder) {
   install(0, 0);
-  EXPECT_EQ(shell::StartVelmora({.splash = false, .maximized = false}), nullptr);
+  EXPECT_EQ(shell::StartVelmora({.splash = false, .maximized = false, .file = {}}), nullptr);
   ASSERT_EQ(prompts.shown().size(), 2u);
   EXPECT_NE(prompts.shown()[0].text.find("Midi In"), std::string::npos);
   EXPECT_NE(prompts.shown()[1].text.find("Midi Out"), std::string::npos);

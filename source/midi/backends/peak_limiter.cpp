@@ -26,7 +26,6 @@ void PeakLimiter::limitOne(float& left, float& right) {
   left = outLeft;
   right = outRight;
   ++count_;
-
 }
 
 void PeakLimiter::process(float* left, float* right, std::size_t frames) {

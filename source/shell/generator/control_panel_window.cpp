@@ -77,7 +77,9 @@ void ControlPanelWindow::createControls() {
     buttons_[id] = button;
   }
   auto* overlap = new Button(this, this, ID_PANEL_OVERLAP, Button::Kind::TwoState, Face::Text, QStringLiteral("On"));
-  overlap->setGeometry(370, 184, 36, 12);
+  overlap->setRaisedText(QStringLiteral("Off"));
+  // Under its label and inside the Length panel, which ends at x 398.
+  overlap->setGeometry(341, 194, 36, 12);
   overlap->setToolTip(QStringLiteral("Overlap"));
   buttons_[ID_PANEL_OVERLAP] = overlap;
   addNumber(ID_PANEL_TIME_BASE_NUMBER, QRect(96, 225, 64, 18), Qt::black);
@@ -189,8 +191,9 @@ void ControlPanelWindow::paintEvent(QPaintEvent*) {
   small.setPointSize(std::max(small.pointSize() - 1, 6));
   painter.setFont(small);
   painter.setPen(QColor(0, 0, 0));
+  // The titles stand above the sums' fields, so that none is covered by one.
   for (int k = 0; k < 5; ++k) {
-    painter.drawText(QPoint(80 * k + 4, 24 - painter.fontMetrics().descent()),
+    painter.drawText(QRect(80 * k + 4, 1, 72, 14), Qt::AlignLeft | Qt::AlignVCenter,
                      QString::fromStdString(ColumnTitles[static_cast<std::size_t>(k)]));
   }
   for (const auto& [id, label] : numbers_) {
@@ -200,7 +203,7 @@ void ControlPanelWindow::paintEvent(QPaintEvent*) {
   for (const auto& [id, b] : bars_) PaintEdge(painter, b->geometry().adjusted(-1, -1, 0, 0), true);
   painter.setPen(QColor(0, 0, 0));
   painter.setFont(small);
-  painter.drawText(QRect(322, 182, 46, 16), Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("Overlap"));
+  painter.drawText(QRect(320, 180, 78, 14), Qt::AlignCenter, QStringLiteral("Overlap"));
   painter.setFont(font());
   const int descent = painter.fontMetrics().descent();
   painter.drawText(QPoint(2, 238 - descent), QStringLiteral("Time Control"));

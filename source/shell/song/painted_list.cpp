@@ -1,5 +1,7 @@
 #include "shell/song/painted_list.h"
 
+#include "shell/shortcuts.h"
+
 #include <QScrollBar>
 #include <algorithm>
 
@@ -50,6 +52,11 @@ void PaintedList::focusInEvent(QFocusEvent* event) {
 void PaintedList::focusOutEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusOutEvent(event);
   viewport()->update();
+}
+
+bool PaintedList::event(QEvent* event) {
+  if (KeepOwnKeys(event, ownKeys_)) return true;
+  return QAbstractScrollArea::event(event);
 }
 
 }  // namespace shell

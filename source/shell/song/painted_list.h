@@ -27,6 +27,9 @@ class PaintedList : public QAbstractScrollArea, public platform::ListView {
   void resizeEvent(QResizeEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
+  // The keys the list answers itself win over the frame's shortcuts while it has the focus.
+  bool event(QEvent* event) override;
+  QList<int> ownKeys_ = {Qt::Key_Home, Qt::Key_End};
 };
 
 }  // namespace shell

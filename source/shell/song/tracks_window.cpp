@@ -67,6 +67,7 @@ std::array<int, 13> TrackColumnEdges(const QWidget* widget) {
 // ---- the list ----
 
 TracksListWidget::TracksListWidget(QWidget* parent) : PaintedList(parent, QStringLiteral("TracksList")) {
+  ownKeys_ << Qt::Key_Space;  // Space selects the caret's track
   updateScrollRange();
 }
 
