@@ -569,6 +569,101 @@ TEST_F(MidiSyncTest, AResolutionTooSmallForClocksKeepsTimeStill) {
   EXPECT_EQ(clock->now.load(), 0u);
 }
 
+// The input's thread calls SyncMidiClock while the timer's pass is under way.
+// Here the clocks come from inside that pass (its generator tick), on one
+// thread, so that the order is the bad one every time.
+SyncClock* clockForInput = nullptr;
+int clocksDuringThePass = 0;
+int generatorDepth = 0;
+int deepestGenerator = 0;
+uint32_t nowAfterTheClocks = 0;
+
+void clocksComeDuringThePass() {
+  if (++generatorDepth > deepestGenerator) deepestGenerator = generatorDepth;
+  if (clocksDuringThePass > 0) {
+    while (clocksDuringThePass > 0) {
+      --clocksDuringThePass;  // before the call: a pass run inside it comes back here
+      SyncMidiClock(clockForInput);
+    }
+    nowAfterTheClocks = clockForInput->now;
+  }
+  --generatorDepth;
+}
+
+class ClockDuringAPassTest : public MidiSyncTest {
+ protected:
+  void SetUp() override {
+    MidiSyncTest::SetUp();
+    clockForInput = clock;
+    clocksDuringThePass = 0;
+    generatorDepth = 0;
+    deepestGenerator = 0;
+    nowAfterTheClocks = 0;
+    ClockHooks.generatorTick = clocksComeDuringThePass;
+    Generating = 1;
+  }
+};
+
+TEST_F(ClockDuringAPassTest, AClockThatComesDuringTheTimersPassRunsNoPassBesideItAndIsFollowedBeforeItEnds) {
+  passes(1);  // now 2
+  clocksDuringThePass = 1;
+  passes(1);  // interpolates to 4; the clock comes in its generator tick
+  EXPECT_EQ(nowAfterTheClocks, 4u) << "the input ran no pass beside the timer's";
+  EXPECT_EQ(deepestGenerator, 1) << "the generator never ran inside itself";
+  EXPECT_EQ(clock->now.load(), 5u) << "the timer's pass followed the clock before it let go";
+  EXPECT_EQ(clock->lastClockPos.load(), 5u);
+  EXPECT_EQ(clock->clocksPending.load(), 0u);
+  EXPECT_EQ(clock->flags & (SYNC_IN_TICK | SYNC_CLOCK_SEEN | SYNC_WAIT_CLOCK), 0u);
+  passes(20);
+  SyncMidiClock(clock);
+  EXPECT_EQ(clock->now.load(), 10u) << "the clocks after it count from it";
+}
+
+TEST_F(ClockDuringAPassTest, TwoClocksThatComeDuringOnePassAreBothFollowed) {
+  passes(1);
+  clocksDuringThePass = 2;
+  passes(1);
+  EXPECT_EQ(nowAfterTheClocks, 4u);
+  EXPECT_EQ(deepestGenerator, 1);
+  EXPECT_EQ(clock->now.load(), 10u) << "two clocks of five ticks, none lost";
+  EXPECT_EQ(clock->lastClockPos.load(), 10u);
+}
+
+TEST_F(MidiSyncTest, AClockThatFindsThePassTakenIsLeftCountedAndTheNextPassFollowsIt) {
+  passes(1);                     // now 2
+  clock->flags |= SYNC_IN_TICK;  // a pass under way on the timer's thread
+  SyncMidiClock(clock);
+  EXPECT_EQ(clock->now.load(), 2u) << "no second pass beside the one under way";
+  EXPECT_EQ(clock->clocksPending.load(), 1u);
+  EXPECT_NE(clock->flags & SYNC_IN_TICK, 0u) << "the guard stays with the pass that has it";
+  clock->flags |= SYNC_WAIT_CLOCK;  // that pass's interpolation reached the clock after it came
+  clock->flags &= ~SYNC_IN_TICK;    // and the pass ends
+  passes(1);
+  EXPECT_EQ(clock->now.load(), 5u) << "the clock is followed, the wait notwithstanding";
+  EXPECT_EQ(clock->lastClockPos.load(), 5u);
+  EXPECT_EQ(clock->clocksPending.load(), 0u);
+  EXPECT_EQ(clock->flags & (SYNC_IN_TICK | SYNC_CLOCK_SEEN | SYNC_WAIT_CLOCK), 0u);
+}
+
+TEST_F(MidiSyncTest, AClockBeforeStartIsNotFollowedOnceCountingBegins) {
+  StopSync(clock);
+  ReStartSync(clock);
+  SyncMidiClock(clock);  // not counting yet
+  EXPECT_EQ(clock->clocksPending.load(), 0u);
+  clock->flags |= SYNC_COUNTING;  // as an incoming Start does
+  passes(1);
+  EXPECT_EQ(clock->now.load(), 2u) << "interpolated, not a clock ahead";
+}
+
+TEST_F(SyncClockTest, AStopLeavesThePassUnderWayItsGuard) {
+  openClockAndOutput();
+  StartSync(clock);
+  clock->flags |= SYNC_IN_TICK;  // a pass under way on another thread
+  StopSync(clock);
+  EXPECT_EQ(clock->flags.load(), SYNC_IN_TICK) << "no other pass may start beside it";
+  clock->flags &= ~SYNC_IN_TICK;
+}
+
 class SmpteTest : public SyncClockTest {
  protected:
   void SetUp() override {

@@ -66,16 +66,19 @@ uint32_t tickArithmetic(SyncClock* clock) {
   return q;
 }
 
-// SYNC_MIDI, a clock was received: bring now to one full clock past the last one.
+// SYNC_MIDI, clocks were received: bring now to one full clock past the last
+// one for each of them (more than one when some came while another pass ran).
 uint32_t followReceivedClock(SyncClock* clock) {
+  const uint32_t received = clock->clocksPending.exchange(0);
   clock->remainder = 0;
-  const uint32_t perClock = clock->ticksPerClock;
+  const uint32_t owed = received * clock->ticksPerClock;
   const uint32_t since = clock->now - clock->lastClockPos;
   // Time never runs backwards: a position already past the clock (or a
   // resolution too small to count clocks in) stays where it is.
-  const uint32_t q = since <= perClock ? perClock - since : 0;
+  const uint32_t q = since <= owed ? owed - since : 0;
   clock->lastClockPos = clock->now + q;
-  clearFlag(clock, SYNC_CLOCK_SEEN);
+  // A wait that a pass set after the clock came in ends with the clock.
+  clearFlag(clock, SYNC_CLOCK_SEEN | SYNC_WAIT_CLOCK);
   return q;
 }
 
@@ -244,24 +247,45 @@ void advanceAndDispatch(SyncClock* clock, uint32_t q) {
   });
 }
 
-void runTick(SyncClock* clock) {
-  if (!has(clock, SYNC_COUNTING)) return;
-  setFlag(clock, SYNC_IN_TICK);
+// Takes the pass for this thread: false while another pass, or a hold, has
+// it. Sequentially consistent, with leavePass and the count of clocks: a
+// clock counted before an entry finds the pass taken is seen by the load
+// after the taker's leavePass (runPasses).
+bool enterPass(SyncClock* clock) { return (clock->flags.fetch_or(SYNC_IN_TICK) & SYNC_IN_TICK) == 0; }
+void leavePass(SyncClock* clock) { clock->flags.fetch_and(~SYNC_IN_TICK); }
+
+// One pass; false when none ran: the clock is not counting, or another pass
+// is under way (this one is then lost, or its MIDI clock left counted).
+bool runTick(SyncClock* clock) {
+  if (!has(clock, SYNC_COUNTING)) return false;
+  if (!enterPass(clock)) return false;
   uint32_t q = 0;
+  bool followed = false;
   if (clock->mode != SYNC_MIDI) {
     q = tickArithmetic(clock);
     clock->clockTicks += q;
+  } else if (clock->clocksPending.load() != 0) {
+    q = followReceivedClock(clock);
+    followed = true;
   } else if (has(clock, SYNC_WAIT_CLOCK)) {
     clock->freeTicks += tickArithmetic(clock);  // time stands until the next clock
-    clearFlag(clock, SYNC_IN_TICK);
-    return;
-  } else if (has(clock, SYNC_CLOCK_SEEN)) {
-    q = followReceivedClock(clock);
+    leavePass(clock);
+    return true;
   } else {
     q = interpolate(clock);
   }
   advanceAndDispatch(clock, q);
-  clearFlag(clock, SYNC_IN_TICK);
+  if (followed) clock->freeTicks = 0;  // after the tick, whose count-in end sets it
+  leavePass(clock);
+  return true;
+}
+
+// Runs the pass, and runs it again while MIDI clocks that found it taken
+// wait to be followed.
+void runPasses(SyncClock* clock) {
+  while (clock->held.load() == 0 && runTick(clock)) {
+    if (clock->mode != SYNC_MIDI || clock->clocksPending.load() == 0) return;
+  }
 }
 
 void advanceSmpteFrame(SyncClock* clock) {
@@ -379,6 +403,7 @@ void StartSync(SyncClock* clock) {
 
 void ReStartSync(SyncClock* clock) {
   if (clock == nullptr) return;
+  clock->clocksPending = 0;  // clocks left from before a stop are not followed after it
   setFlag(clock, SYNC_RUNNING);
   if (clock->mode != SYNC_MIDI) {
     setFlag(clock, SYNC_COUNTING);
@@ -391,7 +416,9 @@ void ReStartSync(SyncClock* clock) {
 
 void StopSync(SyncClock* clock) {
   if (clock == nullptr) return;
-  clock->flags.store(0, std::memory_order_release);
+  // SYNC_IN_TICK stays with the pass under way, which clears it as it ends:
+  // no other pass may start beside it meanwhile.
+  clock->flags.fetch_and(SYNC_IN_TICK);
   // A pass still under way ends before the outputs are reset, so that it
   // cannot take an event from a ring that the reset has just emptied.
   WaitForClockPasses();
@@ -448,7 +475,7 @@ void syncTimer(uint32_t, uint32_t, uintptr_t user, uintptr_t, uintptr_t) {
   // While a set-up is being replaced no pass runs. SYNC_IN_TICK alone does not
   // tell: a pass under way when the hold came clears it as it ends.
   if (clock->held.load() != 0) return;
-  if (!has(clock, SYNC_IN_TICK)) runTick(clock);  // otherwise this pass is lost
+  runPasses(clock);  // a pass that finds another under way is lost
 }
 
 void SmpteStoppedTimer(uint32_t, uint32_t, uintptr_t user, uintptr_t, uintptr_t) {
@@ -462,10 +489,12 @@ void SmpteStoppedTimer(uint32_t, uint32_t, uintptr_t user, uintptr_t, uintptr_t)
 void SyncMidiClock(SyncClock* clock) {
   ClockPassGuard guard;
   if (clock->held.load() != 0) return;  // a set-up is being replaced
+  // Counted before the pass is tried: if the timer's pass is under way, that
+  // pass follows this clock before it ends instead of this thread.
+  if (has(clock, SYNC_COUNTING)) clock->clocksPending.fetch_add(1);
   setFlag(clock, SYNC_CLOCK_SEEN);
   clearFlag(clock, SYNC_WAIT_CLOCK);
-  runTick(clock);
-  clock->freeTicks = 0;
+  runPasses(clock);
 }
 
 void SyncQuarterFrame(SyncClock* clock, uint8_t data) {

@@ -9,10 +9,12 @@
 // thread opens, closes, starts and positions the clock. StopSync comes from
 // the UI thread, or from a pass that stops its own clock: the generator's
 // drain does, once it has ended the last note with the transport stopped;
-// StopSync then waits only for the other passes. SYNC_IN_TICK is the only
-// guard between passes, and only syncTimer honours it; the hold
-// (HoldClockPasses) keeps out the passes of every entry. Nothing in a pass
-// allocates or takes a lock of ours.
+// StopSync then waits only for the other passes. SYNC_IN_TICK is the guard
+// between passes: every entry takes it with one fetch_or, and an entry that
+// finds it taken runs no pass. A MIDI clock that finds it taken stays counted
+// in clocksPending, and the pass under way follows it before it lets go; the
+// hold (HoldClockPasses) keeps out the passes of every entry. Nothing in a
+// pass allocates or takes a lock of ours.
 
 #include <array>
 #include <atomic>
@@ -79,6 +81,8 @@ struct SyncClock {
   SharedWord<uint32_t> startFrame;
   SharedWord<uint32_t> freeTicks;
   SharedWord<uint32_t> lastClockPos;
+  // MIDI clocks received while counting and not yet followed by a pass.
+  std::atomic<uint32_t> clocksPending{0};
   SharedWord<uint8_t> noteDivisor;
   SharedWord<uint8_t> beat;
   SharedWord<uint8_t> beatsPerBar;
