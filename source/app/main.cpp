@@ -1,6 +1,7 @@
 // Velmora: a MIDI note generator that composes with chance, joined to a small
 // multi-track MIDI sequencer.
 #include <QApplication>
+#include <QIcon>
 
 #include "live/product_info.h"
 #include "midi/backends/device_list.h"
@@ -13,6 +14,9 @@ int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName(QString::fromStdString(ProductName()));
   QApplication::setApplicationVersion(QString::fromStdString(ProductVersion()));
+  // The desktop entry and the icon that the package installs.
+  QGuiApplication::setDesktopFileName(QStringLiteral("org.nquillon.Velmora"));
+  QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("velmora")));
 
   shell::UseRealtimeKit();  // for the timer's threads, where SCHED_FIFO is refused
   shell::QtMessageLoop loop;
