@@ -6,6 +6,7 @@
 #include <QFileInfo>
 
 #include "platform/prompts.h"
+#include "shell/help_viewer.h"
 
 namespace shell {
 
@@ -54,6 +55,7 @@ bool OpenManual(const QString& anchor, const QStringList& folders, const UrlOpen
   return true;
 }
 
-bool OpenManual(const QString& anchor) { return OpenManual(anchor, ManualFolders(), OpenUrlOnDesktop); }
+// The built-in viewer always has the page to show, with or without a browser on the machine.
+bool OpenManual(const QString& anchor) { return OpenManual(anchor, ManualFolders(), ShowInHelpViewer); }
 
 }  // namespace shell

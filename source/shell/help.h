@@ -1,7 +1,8 @@
 #pragma once
-// The help manual, an HTML page installed with the program, shown in the
-// desktop's browser: Help > Contents opens it at the top, Help > Using help
-// at its section "using-help". UI thread only.
+// The help manual, an HTML page installed with the program with its
+// pictures, shown in the built-in viewer (which can hand it to the desktop's
+// browser): Help > Contents opens it at the top, Help > Using help at its
+// section "using-help". UI thread only.
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -31,6 +32,7 @@ QUrl ManualUrl(const QString& anchor = {});
 // cannot be opened, a box titled "Velmora" with a stop icon names the file
 // and where it was looked for, and the answer is false.
 bool OpenManual(const QString& anchor, const QStringList& folders, const UrlOpener& open);
+// In the built-in viewer.
 bool OpenManual(const QString& anchor);
 
 }  // namespace shell

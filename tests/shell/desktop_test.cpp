@@ -92,11 +92,22 @@ TEST_F(Desktop, HomeAndEndMoveTheSongPosition) {
   EXPECT_EQ(bar().counter()->text(), QStringLiteral("00001:01:000"));
 }
 
-TEST_F(Desktop, CtrlKeysOpenSaveAndSaveAsAndCtrlQQuits) {
+TEST_F(Desktop, CtrlKeysOpenSaveAndSaveAsF1OpensHelpAndCtrlQQuits) {
   startActive();
+  int helps = 0;
+  QObject::connect(frame->menuAction(CMD_HELP_CONTENTS), &QAction::triggered, [&helps] { ++helps; });
+  press(Qt::Key_F1);
+  EXPECT_EQ(helps, 1);
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    if (window != frame.get() && window->isVisible()) window->close();
+  }
+  frame->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(frame.get()));
+  const std::size_t boxes = prompts.shown().size() - chooserCount();
   press(Qt::Key_O, Qt::ControlModifier);
   ASSERT_EQ(chooserCount(), 1u);
   EXPECT_EQ(prompts.shown().back().text, "Open");
+  EXPECT_EQ(prompts.shown().size() - chooserCount(), boxes);
   press(Qt::Key_S, Qt::ControlModifier | Qt::ShiftModifier);
   ASSERT_EQ(chooserCount(), 2u);
   EXPECT_EQ(prompts.shown().back().text, "Save as");

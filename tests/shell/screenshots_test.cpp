@@ -29,6 +29,7 @@
 #include "generator/functions.h"
 #include "generator/functions_window.h"
 #include "platform/command_ids.h"
+#include "shell/help_viewer.h"
 #include "shell_bench.h"
 
 namespace {
@@ -282,6 +283,17 @@ TEST_F(Screenshots, TheFramePlayingASongWithItsStatusLineIsPictured) {
   const QString scale = qEnvironmentVariable("QT_SCALE_FACTOR");
   shoot(*frame, scale == QStringLiteral("1.5") ? QStringLiteral("frame-playing-150") : QStringLiteral("frame-playing"));
   click(CMD_STOP);
+}
+
+TEST_F(Screenshots, TheBuiltInHelpViewerIsPictured) {
+  ASSERT_TRUE(QDir().mkpath(folder()));
+  const QString page = QFileInfo(QStringLiteral(VELMORA_HELP_PAGE)).absoluteFilePath();
+  QUrl url = QUrl::fromLocalFile(page);
+  url.setFragment(QStringLiteral("window"));
+  ASSERT_TRUE(shell::ShowInHelpViewer(url));
+  shoot(*shell::TheHelpViewer(), QStringLiteral("help-viewer"));
+  shell::TheHelpViewer()->close();
+  deliver();
 }
 
 }  // namespace

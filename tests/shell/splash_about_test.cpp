@@ -14,6 +14,9 @@
 #include <QScreen>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextBrowser>
+#include <QToolButton>
+#include <QRegularExpression>
 #include <memory>
 #include <vector>
 
@@ -22,6 +25,7 @@
 #include "platform/prompts.h"
 #include "shell/about_dialog.h"
 #include "shell/help.h"
+#include "shell/help_viewer.h"
 #include "shell/splash.h"
 
 namespace {
@@ -346,6 +350,50 @@ TEST(Manual, PageThatCannotBeOpenedIsReported) {
   ASSERT_EQ(scripted.shown().size(), 1u);
   EXPECT_EQ(scripted.shown()[0].style, platform::MB_ICONSTOP);
   EXPECT_NE(scripted.shown()[0].text.find("velmora.html"), std::string::npos);
+}
+
+TEST(Manual, TheBuiltInViewerShowsTheShippedPageAtItsAnchorWithItsPicturesAndNoBrowser) {
+  platform::ScriptedPrompts scripted;
+  PromptsInstalled installed(&scripted);
+  const QString folder = QFileInfo(QStringLiteral(VELMORA_HELP_PAGE)).absolutePath();
+  ASSERT_TRUE(shell::OpenManual(QString::fromLatin1(shell::ManualUsingHelp), {folder}, shell::ShowInHelpViewer));
+  EXPECT_TRUE(scripted.shown().empty()) << "no box: the page shows without a browser";
+  shell::HelpViewer* viewer = shell::TheHelpViewer();
+  ASSERT_NE(viewer, nullptr);
+  EXPECT_TRUE(viewer->isVisible());
+  EXPECT_EQ(viewer->windowTitle(), QStringLiteral("Velmora Help"));
+  EXPECT_EQ(viewer->browser()->source().fragment(), QStringLiteral("using-help"));
+  EXPECT_TRUE(viewer->browser()->toPlainText().contains(QStringLiteral("Using this help")));
+  // Every picture the page shows is read: the document has it as an image resource.
+  const QVariant picture = viewer->browser()->document()->resource(
+      QTextDocument::ImageResource, QUrl(QStringLiteral("pictures/frame-playing.png")));
+  EXPECT_TRUE(picture.isValid()) << "the picture beside the page loads";
+  viewer->button(QStringLiteral("contents"))->click();
+  EXPECT_EQ(viewer->browser()->source().fragment(), QStringLiteral("contents"));
+  viewer->close();
+  QApplication::processEvents();
+}
+
+TEST(Manual, ShippedPageCoversEveryWindowAndToolWithPicturesThatAreShipped) {
+  QFile page(QStringLiteral(VELMORA_HELP_PAGE));
+  ASSERT_TRUE(page.open(QIODevice::ReadOnly));
+  const QString html = QString::fromUtf8(page.readAll());
+  const QDir folder = QFileInfo(page).dir();
+  int pictures = 0;
+  const QRegularExpression image(QStringLiteral("<img src=\"([^\"]+)\""));
+  for (auto match = image.globalMatch(html); match.hasNext(); ++pictures) {
+    const QString file = match.next().captured(1);
+    EXPECT_TRUE(QFileInfo(folder.filePath(file)).isFile()) << file.toStdString();
+  }
+  EXPECT_GE(pictures, 12);
+  for (const char* window : {"frame-playing", "distributions", "functions", "boards", "banks", "tracks", "events",
+                             "controllers", "lyrics", "devices", "edit-quantize", "edit-paste"}) {
+    EXPECT_TRUE(html.contains(QStringLiteral("pictures/%1.png").arg(QLatin1String(window)))) << window;
+  }
+  for (const char* section : {"id=\"keyboard\"", "id=\"edit\"", "id=\"velmora-render\"", "id=\"velmora-devices\"",
+                              "id=\"synth-gain\"", "id=\"install\"", "--gain G", "Open <u>r</u>ecent"}) {
+    EXPECT_TRUE(html.contains(QLatin1String(section))) << section;
+  }
 }
 
 TEST(Manual, ShippedPageHasTheSectionsTheHelpMenuOpens) {
