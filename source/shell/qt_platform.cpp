@@ -119,17 +119,52 @@ bool QtSettingsStore::keyExists(platform::SettingsLevel level, const std::string
   return !settings->childKeys().isEmpty() || !settings->childGroups().isEmpty();
 }
 
+// Numbers are kept readable: a 4-byte value as its decimal number, a 1-byte
+// value the same with a mark under "One Byte", so that each comes back with
+// its size. A text that reads as a number is marked under "Text". Other
+// binary values, and the byte strings of earlier versions, stay byte strings;
+// those are still read, and are written back as numbers at the next save.
+namespace {
+
+const QString OneByteGroup = QStringLiteral("One Byte/");
+const QString TextGroup = QStringLiteral("Text/");
+
+std::optional<uint32_t> decimal(const QString& text) {
+  if (text.isEmpty() || text.size() > 10) return std::nullopt;
+  for (const QChar c : text) {
+    if (c < u'0' || c > u'9') return std::nullopt;
+  }
+  const qulonglong value = text.toULongLong();
+  if (value > 0xFFFFFFFFull) return std::nullopt;
+  return static_cast<uint32_t>(value);
+}
+
+uint32_t littleEndian(const std::vector<uint8_t>& bytes) {
+  uint32_t value = 0;
+  for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
+  return value;
+}
+
+}  // namespace
+
 std::optional<platform::SettingsValue> QtSettingsStore::query(platform::SettingsLevel level, const std::string& key,
                                                               const std::string& name) const {
   const auto settings = openKey(level, key);
-  const QVariant value = settings->value(QString::fromStdString(name));
+  const QString valueName = QString::fromStdString(name);
+  const QVariant value = settings->value(valueName);
   if (!value.isValid()) return std::nullopt;
   if (value.typeId() == QMetaType::QByteArray) {
     const QByteArray bytes = value.toByteArray();
     return platform::SettingsValue::binary(
         std::span(reinterpret_cast<const uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size())));
   }
-  return platform::SettingsValue::text(value.toString().toStdString());
+  const QString text = value.toString();
+  const std::optional<uint32_t> number = decimal(text);
+  if (number && !settings->contains(TextGroup + valueName)) {
+    if (!settings->contains(OneByteGroup + valueName)) return platform::SettingsValue::word(*number);
+    if (*number <= 0xFF) return platform::SettingsValue::byte(static_cast<uint8_t>(*number));
+  }
+  return platform::SettingsValue::text(text.toStdString());
 }
 
 bool QtSettingsStore::set(platform::SettingsLevel level, const std::string& key, const std::string& name,
@@ -137,11 +172,19 @@ bool QtSettingsStore::set(platform::SettingsLevel level, const std::string& key,
   const auto settings = openKey(level, key);
   if (!settings->isWritable()) return false;
   const QString valueName = QString::fromStdString(name);
-  if (value.type == platform::SettingsType::Binary) {
+  settings->remove(OneByteGroup + valueName);
+  settings->remove(TextGroup + valueName);
+  const bool binary = value.type == platform::SettingsType::Binary;
+  if (binary && (value.data.size() == 4 || value.data.size() == 1)) {
+    settings->setValue(valueName, littleEndian(value.data));
+    if (value.data.size() == 1) settings->setValue(OneByteGroup + valueName, true);
+  } else if (binary) {
     settings->setValue(valueName, QByteArray(reinterpret_cast<const char*>(value.data.data()),
                                              static_cast<qsizetype>(value.data.size())));
   } else {
-    settings->setValue(valueName, QString::fromStdString(value.asText()));
+    const QString text = QString::fromStdString(value.asText());
+    settings->setValue(valueName, text);
+    if (decimal(text)) settings->setValue(TextGroup + valueName, true);
   }
   settings->sync();
   return settings->status() == QSettings::NoError;

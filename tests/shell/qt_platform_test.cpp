@@ -8,6 +8,7 @@
 #include <string>
 
 #include <QApplication>
+#include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QSettings>
@@ -17,6 +18,9 @@
 #include <atomic>
 #include <thread>
 
+#include "live/product_info.h"
+#include "live/settings.h"
+#include "platform/prompts.h"
 #include "shell/qt_platform.h"
 #include "shell/realtime_kit.h"
 
@@ -98,6 +102,54 @@ TEST_F(QtSettings, BinaryAndTextValuesComeBackAsTheyWereWrittenAtEachLevel) {
   EXPECT_EQ(store.query(SettingsLevel::User, key, "Midi Files Dir"), SettingsValue::text("/home/me/songs"));
   EXPECT_FALSE(store.query(SettingsLevel::Machine, key, "Key first beat").has_value()) << "levels stay apart";
   EXPECT_TRUE(store.keyExists(SettingsLevel::User, key));
+}
+
+TEST_F(QtSettings, NumbersAreStoredAsReadableNumbersAndComeBackWithTheirSize) {
+  using platform::SettingsLevel;
+  using platform::SettingsValue;
+  ASSERT_TRUE(store.set(SettingsLevel::User, key, "Numerator", SettingsValue::word(4)));
+  ASSERT_TRUE(store.set(SettingsLevel::User, key, "Key first beat", SettingsValue::byte(42)));
+  ASSERT_TRUE(store.set(SettingsLevel::User, key, "Midi Files Dir", SettingsValue::text("2024")));
+  const QSettings file(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("NQuillon"),
+                       QStringLiteral("Velmora"));
+  QFile ini(file.fileName());
+  ASSERT_TRUE(ini.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+  const QString text = QString::fromUtf8(ini.readAll());
+  EXPECT_TRUE(text.contains(QStringLiteral("Settings\\Numerator=4\n"))) << text.toStdString();
+  EXPECT_TRUE(text.contains(QStringLiteral("Settings\\Key%20first%20beat=42\n"))) << text.toStdString();
+  EXPECT_FALSE(text.contains(QStringLiteral("@ByteArray"))) << text.toStdString();
+  EXPECT_EQ(store.query(SettingsLevel::User, key, "Numerator"), SettingsValue::word(4));
+  EXPECT_EQ(store.query(SettingsLevel::User, key, "Key first beat"), SettingsValue::byte(42));
+  EXPECT_EQ(store.query(SettingsLevel::User, key, "Midi Files Dir"), SettingsValue::text("2024"))
+      << "a folder named like a number stays a text";
+}
+
+TEST_F(QtSettings, TheOldByteStringsAreReadOnceAndWrittenBackAsNumbers) {
+  {
+    QSettings old(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("NQuillon"),
+                  QString::fromStdString(ProductName()));
+    old.beginGroup(QString::fromStdString(ProductVersion()) + QStringLiteral("/Settings"));
+    old.setValue(QStringLiteral("Numerator"), QByteArray("\x03\0\0\0", 4));
+    old.setValue(QStringLiteral("Key first beat"), QByteArray("\x30", 1));
+    old.setValue(QStringLiteral("Midi Files Dir"), QStringLiteral("/home/me/songs"));
+  }
+  platform::installSettingsStore(&store);
+  SettingsRecord record;
+  LoadSettings(record);
+  EXPECT_EQ(record.numerator, 3u);
+  EXPECT_EQ(record.firstKey, 0x30);
+  EXPECT_EQ(MidiFilesDir, "/home/me/songs");
+  SaveSettings(record);  // as the program does when it exits
+  platform::installSettingsStore(nullptr);
+  const QSettings now(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("NQuillon"),
+                      QString::fromStdString(ProductName()));
+  QFile ini(now.fileName());
+  ASSERT_TRUE(ini.open(QIODevice::ReadOnly));
+  const QString text = QString::fromUtf8(ini.readAll());
+  EXPECT_FALSE(text.contains(QStringLiteral("@ByteArray"))) << text.toStdString();
+  EXPECT_TRUE(text.contains(QStringLiteral("Settings\\Numerator=3\n"))) << text.toStdString();
+  EXPECT_TRUE(text.contains(QStringLiteral("Settings\\Key%20first%20beat=48\n"))) << text.toStdString();
+  MidiFilesDir.clear();
 }
 
 TEST(FileDialogFilter, TheLabelsPatternsAreGivenOnceAndEveryFileMeansEveryFile) {
