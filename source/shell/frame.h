@@ -1,6 +1,6 @@
 #pragma once
 // The frame: the one top-level window, with the menu bar, the toolbar, the
-// Control Bar, the blank status bar and the client area of the views. It
+// Control Bar, the status line and the client area of the views. It
 // turns menu commands into calls to their owners, grays commands while the
 // transport plays or records, opens and finds the views, and runs the exit.
 #include <QMainWindow>
