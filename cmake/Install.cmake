@@ -8,7 +8,7 @@ install(FILES ${desktop}/org.nquillon.Velmora.desktop DESTINATION share/applicat
 install(FILES ${desktop}/velmora-mime.xml DESTINATION share/mime/packages RENAME velmora.xml)
 install(FILES ${desktop}/org.nquillon.Velmora.metainfo.xml DESTINATION share/metainfo)
 # The manual pages, compressed as Debian's manual readers expect them.
-foreach(page velmora-render velmora-devices)
+foreach(page velmora velmora-render velmora-devices)
   set(source ${PROJECT_SOURCE_DIR}/resources/man/${page}.1)
   set(packed ${PROJECT_BINARY_DIR}/man/${page}.1.gz)
   add_custom_command(OUTPUT ${packed}

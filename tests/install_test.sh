@@ -16,8 +16,8 @@ share=$work/usr/share
 for program in velmora velmora-render velmora-devices; do
   [ -x "$work/usr/bin/$program" ] || fail "$program was not installed"
 done
-for file in velmora/help/velmora.html icons/hicolor/scalable/apps/velmora.svg man/man1/velmora-render.1.gz \
-    man/man1/velmora-devices.1.gz; do
+for file in velmora/help/velmora.html icons/hicolor/scalable/apps/velmora.svg man/man1/velmora.1.gz \
+    man/man1/velmora-render.1.gz man/man1/velmora-devices.1.gz; do
   [ -s "$share/$file" ] || fail "$file was not installed"
 done
 for size in 16 24 32 48 64 128 256; do
@@ -28,7 +28,7 @@ desktop-file-validate "$share/applications/org.nquillon.Velmora.desktop"
 appstreamcli validate --no-net --pedantic "$share/metainfo/org.nquillon.Velmora.metainfo.xml"
 xmllint --noout "$share/mime/packages/velmora.xml"
 xmllint --noout "$share/icons/hicolor/scalable/apps/velmora.svg"
-for page in velmora-render velmora-devices; do
+for page in velmora velmora-render velmora-devices; do
   warnings=$(MANWIDTH=80 man --warnings -l "$share/man/man1/$page.1.gz" 2>&1 >/dev/null)
   [ -z "$warnings" ] || fail "man finds fault with $page.1: $warnings"
 done

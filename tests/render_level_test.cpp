@@ -99,6 +99,11 @@ TEST(RenderLevel, GainScalesTheRenderAndItsDefaultIsTheSynthesizers) {
   const Level quiet = render(quieter, "velmora-level-quiet.wav");
   const Level normal = render({}, "velmora-level-normal.wav");
   EXPECT_NEAR(normal.rmsDbfs - quiet.rmsDbfs, 12.0, 1.5) << "a quarter of the gain is 12 dB down";
+  RenderOptions explicitDefault;
+  explicitDefault.gain = DefaultSynthGain;
+  EXPECT_DOUBLE_EQ(render(explicitDefault, "velmora-level-explicit.wav").rmsDbfs, normal.rmsDbfs)
+      << "without --gain the synthesizer plays at its default";
+  EXPECT_EQ(DefaultSynthGain, 3.0);
 }
 
 TEST(RenderLevel, TheGainArgumentIsReadAndCheckedAsTheDialogChecksIt) {

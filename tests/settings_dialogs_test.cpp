@@ -296,10 +296,13 @@ TEST_F(Dialogs, AStoredGainThatCannotBeReadGivesTheDefault) {
   const std::string key = SettingsKeyPath() + "\\Synthesizer";
   store.createKey(platform::SettingsLevel::User, key);
   for (const auto& stored : {platform::SettingsValue::text("12"), platform::SettingsValue::text("half"),
-                             platform::SettingsValue::word(2)}) {
+                             platform::SettingsValue::text("1,5"), platform::SettingsValue::word(11),
+                             platform::SettingsValue::byte(2)}) {
     store.set(platform::SettingsLevel::User, key, "Gain", stored);
     EXPECT_EQ(LoadSynthGain(), DefaultSynthGain);
   }
+  store.set(platform::SettingsLevel::User, key, "Gain", platform::SettingsValue::word(2));
+  EXPECT_EQ(LoadSynthGain(), 2.0) << "a whole number typed into the file by hand";
   store.set(platform::SettingsLevel::User, key, "Gain", platform::SettingsValue::text("0.25"));
   EXPECT_EQ(LoadSynthGain(), 0.25);
 }

@@ -1,7 +1,6 @@
 #include "live/settings.h"
 
 #include <array>
-#include <cstdlib>
 #include <optional>
 #include <variant>
 
@@ -149,11 +148,14 @@ double LoadSynthGain() {
   const platform::SettingsStore* store = platform::settingsStore();
   if (store == nullptr) return DefaultSynthGain;
   const std::optional<SettingsValue> stored = store->query(SettingsLevel::User, synthKey(), "Gain");
-  if (!stored || stored->type != SettingsType::Text) return DefaultSynthGain;
-  const std::string text = stored->asText();
-  char* end = nullptr;
-  const double gain = std::strtod(text.c_str(), &end);
-  return !text.empty() && *end == '\0' && SynthGainInRange(gain) ? gain : DefaultSynthGain;
+  if (!stored) return DefaultSynthGain;
+  // A whole number typed into the settings file by hand reads back as a 4-byte number.
+  if (stored->type == SettingsType::Binary && stored->data.size() == 4) {
+    const double whole = static_cast<double>(stored->data[0] | stored->data[1] << 8);
+    return stored->data[2] == 0 && stored->data[3] == 0 && SynthGainInRange(whole) ? whole : DefaultSynthGain;
+  }
+  if (stored->type != SettingsType::Text) return DefaultSynthGain;
+  return ReadSynthGain(stored->asText()).value_or(DefaultSynthGain);
 }
 
 void SaveSynthGain(double gain) {

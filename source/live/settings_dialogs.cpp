@@ -261,17 +261,15 @@ std::string SynthGainDialogText() { return SynthGainText(SynthGain); }
 
 bool ApplySynthGainDialog(const std::string& text) {
   std::string trimmed = text;
-  TrimBlanks(trimmed);
-  char* end = nullptr;
-  const double gain = std::strtod(trimmed.c_str(), &end);
-  if (trimmed.empty() || *end != '\0' || !SynthGainInRange(gain)) {
+  const std::optional<double> read = ReadSynthGain(TrimBlanks(trimmed));
+  if (!read) {
     platform::ShowMessageBox("The gain is a number above 0 and at most " + SynthGainText(MaxSynthGain) + ".",
                              "Velmora", platform::MB_OK | platform::MB_ICONEXCLAMATION);
     return false;
   }
-  SynthGain = gain;
-  platform::midiSetSynthGain(gain);
-  SaveSynthGain(gain);
+  SynthGain = *read;
+  platform::midiSetSynthGain(SynthGain);
+  SaveSynthGain(SynthGain);
   return true;
 }
 

@@ -255,10 +255,16 @@ bool enterPass(SyncClock* clock) { return (clock->flags.fetch_or(SYNC_IN_TICK) &
 void leavePass(SyncClock* clock) { clock->flags.fetch_and(~SYNC_IN_TICK); }
 
 // One pass; false when none ran: the clock is not counting, or another pass
-// is under way (this one is then lost, or its MIDI clock left counted).
-bool runTick(SyncClock* clock) {
+// is under way (this one is then lost, or its MIDI clock left counted). A
+// pass for a received clock runs only while one waits: when the timer's pass
+// has followed it already, there is nothing left for it to do.
+bool runTick(SyncClock* clock, bool forClock = false) {
   if (!has(clock, SYNC_COUNTING)) return false;
   if (!enterPass(clock)) return false;
+  if (forClock && clock->clocksPending.load() == 0) {
+    leavePass(clock);
+    return false;
+  }
   uint32_t q = 0;
   bool followed = false;
   if (clock->mode != SYNC_MIDI) {
@@ -282,9 +288,10 @@ bool runTick(SyncClock* clock) {
 
 // Runs the pass, and runs it again while MIDI clocks that found it taken
 // wait to be followed.
-void runPasses(SyncClock* clock) {
-  while (clock->held.load() == 0 && runTick(clock)) {
+void runPasses(SyncClock* clock, bool forClock = false) {
+  while (clock->held.load() == 0 && runTick(clock, forClock)) {
     if (clock->mode != SYNC_MIDI || clock->clocksPending.load() == 0) return;
+    forClock = true;
   }
 }
 
@@ -494,7 +501,7 @@ void SyncMidiClock(SyncClock* clock) {
   if (has(clock, SYNC_COUNTING)) clock->clocksPending.fetch_add(1);
   setFlag(clock, SYNC_CLOCK_SEEN);
   clearFlag(clock, SYNC_WAIT_CLOCK);
-  runPasses(clock);
+  runPasses(clock, has(clock, SYNC_COUNTING));
 }
 
 void SyncQuarterFrame(SyncClock* clock, uint8_t data) {
@@ -570,6 +577,7 @@ void HoldClockPasses(SyncClock* clock) {
 
 void ReleaseClockPasses(SyncClock* clock) {
   if (clock == nullptr) return;
-  clock->held.store(0, std::memory_order_release);
+  // The guard first: a pass that comes once the hold is gone must find it free, not lose it after.
   clearFlag(clock, SYNC_IN_TICK);
+  clock->held.store(0, std::memory_order_release);
 }

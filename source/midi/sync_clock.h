@@ -12,7 +12,8 @@
 // StopSync then waits only for the other passes. SYNC_IN_TICK is the guard
 // between passes: every entry takes it with one fetch_or, and an entry that
 // finds it taken runs no pass. A MIDI clock that finds it taken stays counted
-// in clocksPending, and the pass under way follows it before it lets go; the
+// in clocksPending, and the thread of the pass under way takes the pass again
+// to follow it once that pass ends; the
 // hold (HoldClockPasses) keeps out the passes of every entry. Nothing in a
 // pass allocates or takes a lock of ours.
 

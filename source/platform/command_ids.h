@@ -128,7 +128,6 @@ inline constexpr uint32_t CMD_KEY_RECORD = 1751;
 inline constexpr uint32_t CMD_KEY_GENERATE = 1752;
 // File > Open recent: its entries, newest first.
 inline constexpr uint32_t CMD_FIRST_RECENT_FILE = 1760;
-inline constexpr uint32_t RecentFileCount = 8;
 inline constexpr uint32_t CMD_ABOUT = 2009;
 inline constexpr uint32_t CMD_ABOUT_HINT = 2008;    // a second hint of the string table for About
 inline constexpr uint32_t CMD_FILE_MENU_HINT = 65535;  // the File menu's own hint

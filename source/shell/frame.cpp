@@ -311,6 +311,8 @@ void MainFrame::createMenus() {
         action->setObjectName(QString::number(entry.id));
         action->setCheckable(Among(CheckedCommands, entry.id));
         action->setShortcut(CommandShortcut(entry.id));
+        // A held transport key presses its button once, not on every repeat.
+        if (entry.id >= CMD_KEY_PLAY_STOP && entry.id <= CMD_KEY_GENERATE) action->setAutoRepeat(false);
         connect(action, &QAction::triggered, this, [this, id = entry.id] { command(id); });
         actions_[entry.id] = action;
       }
@@ -354,7 +356,9 @@ void MainFrame::showSongTitle(const std::string& songTitle) {
   const QString title = QString::fromStdString(songTitle);
   const QFileInfo file(title);
   songName_ = file.isFile() ? file.fileName() : title;
-  if (file.isFile()) AddRecentFile(file.absoluteFilePath());
+  // A file joins Open recent once the song is it: loaded or saved, so clean. An
+  // Open cancelled at the question about changes still names the file in the title.
+  if (file.isFile() && SongDirty == 0) AddRecentFile(file.absoluteFilePath());
   showModified(SongDirty != 0);
 }
 

@@ -48,7 +48,7 @@ bool OpenManual(const QString& anchor, const QStringList& folders, const UrlOpen
     return false;
   }
   if (!open || !open(url)) {
-    Complain(QStringLiteral("The help file %1 could not be opened in the web browser.")
+    Complain(QStringLiteral("The help file %1 could not be opened.")
                  .arg(QDir::toNativeSeparators(url.toLocalFile())));
     return false;
   }

@@ -19,6 +19,7 @@ HelpViewer::HelpViewer(QWidget* parent) : QWidget(parent, Qt::Window) {
   setObjectName(QStringLiteral("help viewer"));
   setWindowTitle(QStringLiteral("Velmora Help"));
   setAttribute(Qt::WA_DeleteOnClose);
+  setAttribute(Qt::WA_QuitOnClose, false);  // an open help window does not keep Velmora running
   auto* layout = new QVBoxLayout(this);
   auto* tools = new QHBoxLayout;
   browser_ = new QTextBrowser(this);

@@ -6,6 +6,7 @@
 
 #include "generator/setup_files.h"
 #include "live/product_info.h"
+#include "midi/transport_words.h"
 #include "platform/view_registry.h"
 #include "song/song_files.h"
 #include "song/song_store.h"
@@ -46,11 +47,16 @@ void AddRecentFile(const QString& path) {
 
 bool OpenGivenFile(const QString& path) {
   const std::string file = QFileInfo(path).absoluteFilePath().toStdString();
+  // As Open and Open Velmora, only while the transport stands.
+  if (Playing == 1 || Recording == 1) return false;
   if (IsSetupFile(path)) return LoadParameterFile(ControlBarWindow, file) != 0;
   // The question about unsaved work is asked once, here; its answer stands for the load.
   if (SavePrompt() == 0) return false;
+  const uint32_t dirty = SongDirty;
   SongDirty = 0;
-  return OpenSongFile(file);
+  if (OpenSongFile(file)) return true;
+  SongDirty = dirty;  // the file could not be read: the song is as it was, changes and all
+  return false;
 }
 
 }  // namespace shell

@@ -16,7 +16,8 @@ void AddRecentFile(const QString& path);
 
 // A set-up file (it begins with "VLhd") is loaded as Open Velmora does, any
 // other file as a song, as Open does, with its question about unsaved work
-// and its messages. False when the file could not be opened.
+// and its messages. False when the file could not be opened, the user kept
+// the song at the question, or the transport runs.
 bool OpenGivenFile(const QString& path);
 
 }  // namespace shell

@@ -1,5 +1,7 @@
 #include "shell/shortcuts.h"
 
+#include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QAbstractSpinBox>
 #include <QApplication>
 #include <QComboBox>
@@ -56,15 +58,32 @@ bool KeepOwnKeys(QEvent* event, const QList<int>& keys) {
   return true;
 }
 
-bool TextFieldsKeepShortcutKeys::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() != QEvent::ShortcutOverride || !IsTextField(QApplication::focusWidget())) {
-    return QObject::eventFilter(watched, event);
+namespace {
+
+// Whether the focused widget answers this key itself, so that no shortcut of
+// the frame may take it: every key of a text field; the plain keys of a combo
+// box or an item view (letters pick, Space opens, Home and End move); Space
+// for a Qt button, which it presses.
+bool widgetKeepsKey(const QWidget* focus, const QKeyEvent& key) {
+  if (IsTextField(focus)) return true;
+  const bool plain = (key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) == 0;
+  if (!plain) return false;
+  if (qobject_cast<const QComboBox*>(focus) != nullptr || qobject_cast<const QAbstractItemView*>(focus) != nullptr) {
+    return true;
   }
+  return key.key() == Qt::Key_Space && qobject_cast<const QAbstractButton*>(focus) != nullptr;
+}
+
+}  // namespace
+
+bool TextFieldsKeepShortcutKeys::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() != QEvent::ShortcutOverride) return QObject::eventFilter(watched, event);
   auto* key = static_cast<QKeyEvent*>(event);
+  if (!widgetKeepsKey(QApplication::focusWidget(), *key)) return QObject::eventFilter(watched, event);
   const QKeySequence pressed(key->keyCombination());
   for (const auto& [id, shortcut] : CommandShortcuts()) {
     if (pressed.matches(shortcut) != QKeySequence::ExactMatch) continue;
-    event->accept();  // the field takes the key; the command waits for the focus to leave it
+    event->accept();  // the widget takes the key; the command waits for the focus to leave it
     return false;
   }
   return QObject::eventFilter(watched, event);

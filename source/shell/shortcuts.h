@@ -1,8 +1,10 @@
 #pragma once
-// The keyboard shortcuts of the frame's commands, and the rule that a focused
-// text field, list or slider keeps the keys it uses itself: typing "r" in a
-// field types an r, Home in a list goes to its first row, Ctrl+C copies the
-// field's text. The frame's shortcuts fire everywhere else in the frame.
+// The keyboard shortcuts of the frame's commands, and the rules that keep them
+// out of the user's way: while a text field has the focus none of them fires
+// (typing "r" types an r, Ctrl+C copies the field's text, Ctrl+S does
+// nothing until the focus leaves the field); a focused list, combo box or
+// fader keeps the plain keys it answers (Home goes to its first row), and a
+// focused Qt button keeps Space. The shortcuts fire everywhere else in the frame.
 #include <QEvent>
 #include <QKeySequence>
 #include <QList>
@@ -25,8 +27,8 @@ bool IsTextField(const QWidget* widget);
 // Ctrl or Alt) is accepted, so the widget gets the key and no shortcut fires.
 bool KeepOwnKeys(QEvent* event, const QList<int>& keys);
 
-// Installed on the application: while a text field has the focus, the
-// frame's shortcuts give way to it.
+// Installed on the application: the frame's shortcuts give way to a focused
+// text field, and their plain keys to a focused combo box, item view or Qt button.
 class TextFieldsKeepShortcutKeys final : public QObject {
  public:
   using QObject::QObject;

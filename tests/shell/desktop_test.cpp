@@ -1,6 +1,7 @@
 // The frame as a desktop program: its keyboard shortcuts and the fields that
 // keep their keys, the lit transport faces and the status line, the title's
 // modified marker, a file given at start-up, and File > Open recent.
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFileInfo>
 #include <QMdiSubWindow>
@@ -18,6 +19,7 @@
 #include "shell/song/lyrics_window.h"
 #include "shell_bench.h"
 #include "song/song_store.h"
+#include "transport/transport_commands.h"
 
 namespace {
 
@@ -86,10 +88,34 @@ TEST_F(Desktop, SpacePlaysAndStopsRRecordsAndGTurnsTheGeneratorOnAndOff) {
 
 TEST_F(Desktop, HomeAndEndMoveTheSongPosition) {
   startActive();
-  SongPosition = 480;
+  ASSERT_TRUE(shell::OpenGivenFile(QStringLiteral(VELMORA_TEST_DATA "/format1_lyrics.mid")));
+  deliver();
+  press(Qt::Key_End);
+  EXPECT_GT(SongPosition, 0u);
+  EXPECT_EQ(SongPosition, SongEnd());
   press(Qt::Key_Home);
   EXPECT_EQ(SongPosition, 0u);
   EXPECT_EQ(bar().counter()->text(), QStringLiteral("00001:01:000"));
+}
+
+TEST_F(Desktop, TheTracksListKeepsSpaceOnlyWhileItCanSelectTheTrack) {
+  startActive();
+  frame->command(CMD_VIEW_TRACKS);
+  deliver();
+  QWidget* list = frame->client()->activeSubWindow()->widget()->findChild<QAbstractScrollArea*>();
+  ASSERT_NE(list, nullptr);
+  list->setFocus();
+  press(Qt::Key_Space);
+  EXPECT_EQ(Playing, 1u) << "the caret's track is empty: Space plays";
+  press(Qt::Key_Space);
+  EXPECT_EQ(Playing, 0u) << "and stops, though the list has the focus";
+}
+
+TEST_F(Desktop, AHeldTransportKeyPressesItsButtonOnce) {
+  start();
+  for (const uint32_t id : {CMD_KEY_PLAY_STOP, CMD_KEY_RECORD, CMD_KEY_GENERATE}) {
+    EXPECT_FALSE(frame->menuAction(id)->autoRepeat()) << id;
+  }
 }
 
 TEST_F(Desktop, CtrlKeysOpenSaveAndSaveAsF1OpensHelpAndCtrlQQuits) {

@@ -83,6 +83,10 @@ class QtSettings : public ::testing::Test {
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, user.path());
     QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope, machine.path());
   }
+  // The later tests keep their settings where the test program put them.
+  void TearDown() override {
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, qEnvironmentVariable("XDG_CONFIG_HOME"));
+  }
   QTemporaryDir user, machine;
   shell::QtSettingsStore store;
   const std::string key = "Software\\NQuillon\\Velmora\\0.1.0\\Settings";

@@ -293,7 +293,7 @@ TEST_F(Screenshots, TheBuiltInHelpViewerIsPictured) {
   ASSERT_TRUE(shell::ShowInHelpViewer(url));
   shoot(*shell::TheHelpViewer(), QStringLiteral("help-viewer"));
   shell::TheHelpViewer()->close();
-  deliver();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 }  // namespace

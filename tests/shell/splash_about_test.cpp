@@ -362,6 +362,7 @@ TEST(Manual, TheBuiltInViewerShowsTheShippedPageAtItsAnchorWithItsPicturesAndNoB
   ASSERT_NE(viewer, nullptr);
   EXPECT_TRUE(viewer->isVisible());
   EXPECT_EQ(viewer->windowTitle(), QStringLiteral("Velmora Help"));
+  EXPECT_FALSE(viewer->testAttribute(Qt::WA_QuitOnClose)) << "an open help window does not keep Velmora running";
   EXPECT_EQ(viewer->browser()->source().fragment(), QStringLiteral("using-help"));
   EXPECT_TRUE(viewer->browser()->toPlainText().contains(QStringLiteral("Using this help")));
   // Every picture the page shows is read: the document has it as an image resource.
@@ -371,7 +372,8 @@ TEST(Manual, TheBuiltInViewerShowsTheShippedPageAtItsAnchorWithItsPicturesAndNoB
   viewer->button(QStringLiteral("contents"))->click();
   EXPECT_EQ(viewer->browser()->source().fragment(), QStringLiteral("contents"));
   viewer->close();
-  QApplication::processEvents();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_EQ(shell::TheHelpViewer(), nullptr) << "closed, it is gone";
 }
 
 TEST(Manual, ShippedPageCoversEveryWindowAndToolWithPicturesThatAreShipped) {

@@ -494,12 +494,13 @@ std::optional<RenderOptions> ParseRenderArguments(const std::vector<std::string>
       options.resolution = static_cast<uint32_t>(whole);
     } else if (flag == "--gain") {
       if (!value(text)) return std::nullopt;
-      if (!number(text, real) || !SynthGainInRange(real)) {
+      const std::optional<double> gain = ReadSynthGain(text);
+      if (!gain) {
         error = "--gain takes a number above 0 and at most " + SynthGainText(MaxSynthGain) +
                 ", the synthesizer's gain (default " + SynthGainText(DefaultSynthGain) + ")";
         return std::nullopt;
       }
-      options.gain = real;
+      options.gain = *gain;
     } else if (flag == "--period") {
       if (!value(text)) return std::nullopt;
       if (!wholeNumber(text, whole) || whole < 1 || whole > 1000) {

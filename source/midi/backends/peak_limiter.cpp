@@ -6,18 +6,24 @@
 PeakLimiter::PeakLimiter(int sampleRate)
     : delay_(static_cast<std::size_t>(std::max(1.0, std::ceil(LookAheadSeconds * sampleRate)))),
       release_(static_cast<float>(1.0 - std::exp(-1.0 / (ReleaseSeconds * std::max(sampleRate, 1))))),
-      delayed_(2 * delay_, 0.0f) {}
+      delayed_(2 * delay_, 0.0f),
+      window_(delay_ + 1) {}
 
 // Takes one frame in and gives back, in its place, the frame delay_ frames older, limited.
 void PeakLimiter::limitOne(float& left, float& right) {
   const float peak = std::max(std::fabs(left), std::fabs(right));
   const float need = peak > Ceiling ? Ceiling / peak : 1.0f;
-  while (!window_.empty() && window_.back().gain >= need) window_.pop_back();
-  window_.push_back({count_, need});
+  const std::size_t size = window_.size();
+  while (needs_ > 0 && window_[(first_ + needs_ - 1) % size].gain >= need) --needs_;
+  window_[(first_ + needs_++) % size] = {count_, need};
   // The window covers the frame going out now and every frame up to the one coming in.
-  while (window_.front().at + delay_ < count_) window_.pop_front();
-  const float target = window_.front().gain;
+  while (window_[first_].at + delay_ < count_) {
+    first_ = (first_ + 1) % size;
+    --needs_;
+  }
+  const float target = window_[first_].gain;
   gain_ = target < gain_ ? target : std::min(target, gain_ + (1.0f - gain_) * release_);
+  if (gain_ > 1.0f - 1e-4f && target == 1.0f) gain_ = 1.0f;  // the release ends at unity, not just below it
   const std::size_t slot = 2 * (count_ % delay_);
   const float outLeft = delayed_[slot] * gain_;
   const float outRight = delayed_[slot + 1] * gain_;

@@ -5,10 +5,10 @@
 // back up smoothly; below the ceiling the signal passes untouched. The output
 // is the input delayed by the look-ahead.
 //
-// Threads: one caller at a time (the audio callback, or the render under its lock).
+// Threads: one caller at a time (the audio callback, or the render under its
+// lock). Every buffer is made by the constructor: process allocates nothing.
 
 #include <cstddef>
-#include <deque>
 #include <vector>
 
 class PeakLimiter {
@@ -35,5 +35,8 @@ class PeakLimiter {
   float gain_ = 1.0f;
   std::size_t count_ = 0;       // frames taken in so far
   std::vector<float> delayed_;  // a ring of delay_ stereo frames
-  std::deque<Need> window_;     // the gains the coming frames need, rising from the front
+  // The gains the coming frames need, rising from the front: a ring of
+  // delay_ + 1 entries, from first_ for count_ entries.
+  std::vector<Need> window_;
+  std::size_t first_ = 0, needs_ = 0;
 };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -65,15 +66,14 @@ struct SynthDevices::Engine {
 
   bool rendering() const { return wav.isOpen(); }
 
-  // Fills both channels with the synthesizer's next frames, limited. The
-  // limiter is made with the first block, at the sample rate then in force.
+  // Fills both channels with the synthesizer's next frames, limited; the
+  // limiter is made before the first block, at the sample rate in force.
   void synthesize(float* left, float* right, int frames) {
     std::fill_n(left, frames, 0.0f);
     std::fill_n(right, frames, 0.0f);
     float* channels[2] = {left, right};
     float* effects[4] = {left, right, left, right};  // reverb and chorus mixed into the dry sound
     fluid_synth_process(synth, frames, 4, effects, 2, channels);
-    if (!limiter) limiter.emplace(sampleRate);
     limiter->process(left, right, static_cast<std::size_t>(frames));
   }
 
@@ -216,6 +216,7 @@ fluid_audio_driver_t* startAudio(fluid_settings_t* settings, SynthDevices::Engin
   double rate = 44100;
   fluid_settings_getnum(settings, "synth.sample-rate", &rate);
   engine->sampleRate = static_cast<int>(rate);
+  engine->limiter.emplace(engine->sampleRate);  // before the audio thread runs, which may not allocate
   if (fluid_audio_driver_t* audio = new_fluid_audio_driver2(settings, playAudio, engine)) return audio;
   for (const char* driver : {"pulseaudio", "alsa", "jack"}) {
     fluid_settings_setstr(settings, "audio.driver", driver);
@@ -255,8 +256,16 @@ bool SynthGainInRange(double gain) { return gain > 0 && gain <= MaxSynthGain; }
 
 std::string SynthGainText(double gain) {
   char text[32];
-  std::snprintf(text, sizeof text, "%g", gain);
-  return text;
+  const auto written = std::to_chars(text, text + sizeof text, gain);
+  return std::string(text, written.ptr);
+}
+
+std::optional<double> ReadSynthGain(const std::string& text) {
+  double gain = 0;
+  const char* end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, gain);
+  if (text.empty() || read.ec != std::errc() || read.ptr != end || !SynthGainInRange(gain)) return std::nullopt;
+  return gain;
 }
 
 void SynthDevices::setSynthGain(double gain) {

@@ -10,6 +10,7 @@
 // thread-safe, and rendering takes a lock inside the device, as a driver does.
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/midi_devices.h"
@@ -22,8 +23,11 @@ inline constexpr double DefaultSynthGain = 3.0;
 inline constexpr double MaxSynthGain = 10.0;
 // A gain the synthesizer takes: above 0 and at most MaxSynthGain.
 bool SynthGainInRange(double gain);
-// A gain as the settings and the messages write it: "2", "0.35".
+// A gain as the settings and the messages write it: "2", "0.35", with a point
+// whatever the locale.
 std::string SynthGainText(double gain);
+// A gain's text read back the same way; nothing when it is no number or out of range.
+std::optional<double> ReadSynthGain(const std::string& text);
 
 class SynthDevices final : public platform::MidiDevices {
  public:

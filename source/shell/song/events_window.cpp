@@ -92,6 +92,9 @@ std::array<int, 9> EventColumnEdges(const QWidget* widget) {
 
 // ---- the list ----
 
+// While the list swallows its input (the transport running), Home and End go to the frame.
+bool EventsListWidget::keepsKey(int key) const { return EventsListTakesInput() && PaintedList::keepsKey(key); }
+
 EventsListWidget::EventsListWidget(QWidget* parent) : PaintedList(parent, QStringLiteral("EventsList")) {}
 
 void EventsListWidget::clear() {

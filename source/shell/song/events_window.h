@@ -34,6 +34,7 @@ class EventsListWidget final : public PaintedList {
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void keyReleaseEvent(QKeyEvent* event) override;
+  bool keepsKey(int key) const override;
 
  private:
   void select(int row);

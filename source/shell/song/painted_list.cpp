@@ -2,6 +2,7 @@
 
 #include "shell/shortcuts.h"
 
+#include <QKeyEvent>
 #include <QScrollBar>
 #include <algorithm>
 
@@ -55,7 +56,10 @@ void PaintedList::focusOutEvent(QFocusEvent* event) {
 }
 
 bool PaintedList::event(QEvent* event) {
-  if (KeepOwnKeys(event, ownKeys_)) return true;
+  if (event->type() == QEvent::ShortcutOverride) {
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (keepsKey(key) && KeepOwnKeys(event, {key})) return true;
+  }
   return QAbstractScrollArea::event(event);
 }
 

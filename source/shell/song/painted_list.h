@@ -29,7 +29,8 @@ class PaintedList : public QAbstractScrollArea, public platform::ListView {
   void focusOutEvent(QFocusEvent* event) override;
   // The keys the list answers itself win over the frame's shortcuts while it has the focus.
   bool event(QEvent* event) override;
-  QList<int> ownKeys_ = {Qt::Key_Home, Qt::Key_End};
+  // Whether the list answers this key now; Home and End by default.
+  virtual bool keepsKey(int key) const { return key == Qt::Key_Home || key == Qt::Key_End; }
 };
 
 }  // namespace shell

@@ -67,8 +67,14 @@ std::array<int, 13> TrackColumnEdges(const QWidget* widget) {
 // ---- the list ----
 
 TracksListWidget::TracksListWidget(QWidget* parent) : PaintedList(parent, QStringLiteral("TracksList")) {
-  ownKeys_ << Qt::Key_Space;  // Space selects the caret's track
   updateScrollRange();
+}
+
+// Space is the list's while it can select the caret's track (the transport
+// stopped, the track not empty); otherwise it plays and stops, as elsewhere.
+bool TracksListWidget::keepsKey(int key) const {
+  if (key == Qt::Key_Space) return caret_ >= 0 && TrackRowMayToggle(static_cast<uint32_t>(caret_));
+  return PaintedList::keepsKey(key);
 }
 
 int TracksListWidget::checkCellWidth() { return CheckMarkWidth + 6; }

@@ -35,6 +35,7 @@ class TracksListWidget final : public PaintedList {
   void mousePressEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  bool keepsKey(int key) const override;
 
  private:
   void press(QPoint at);
