@@ -55,4 +55,14 @@ TEST(PeakLimiter, ABlastFourTimesFullScaleStaysUnderTheCeilingAndTheGainComesBac
   EXPECT_NEAR(lastPeak, 0.5f, 0.01f);
 }
 
+TEST(PeakLimiter, ARisingBlastThatFillsTheWholeLookAheadStaysUnderTheCeiling) {
+  PeakLimiter limiter(Rate);
+  // Every frame louder than the one before: no coming need ever replaces an older one.
+  std::vector<float> left(4000);
+  for (std::size_t i = 0; i < left.size(); ++i) left[i] = 1.0f + static_cast<float>(i) * 0.01f;
+  std::vector<float> right = left;
+  limiter.process(left.data(), right.data(), left.size());
+  for (std::size_t i = limiter.delay(); i < left.size(); ++i) ASSERT_LE(left[i], PeakLimiter::Ceiling * 1.0001f) << i;
+}
+
 }  // namespace

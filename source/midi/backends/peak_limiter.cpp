@@ -14,13 +14,14 @@ void PeakLimiter::limitOne(float& left, float& right) {
   const float peak = std::max(std::fabs(left), std::fabs(right));
   const float need = peak > Ceiling ? Ceiling / peak : 1.0f;
   const std::size_t size = window_.size();
-  while (needs_ > 0 && window_[(first_ + needs_ - 1) % size].gain >= need) --needs_;
-  window_[(first_ + needs_++) % size] = {count_, need};
-  // The window covers the frame going out now and every frame up to the one coming in.
-  while (window_[first_].at + delay_ < count_) {
+  // The window covers the frame going out now and every frame up to the one
+  // coming in: delay_ + 1 frames, so the older needs leave before this one comes.
+  while (needs_ > 0 && window_[first_].at + delay_ < count_) {
     first_ = (first_ + 1) % size;
     --needs_;
   }
+  while (needs_ > 0 && window_[(first_ + needs_ - 1) % size].gain >= need) --needs_;
+  window_[(first_ + needs_++) % size] = {count_, need};
   const float target = window_[first_].gain;
   gain_ = target < gain_ ? target : std::min(target, gain_ + (1.0f - gain_) * release_);
   if (gain_ > 1.0f - 1e-4f && target == 1.0f) gain_ = 1.0f;  // the release ends at unity, not just below it
