@@ -126,6 +126,10 @@ int saveOrSay(const std::string& path, const std::vector<uint8_t>& bytes) {
 
 }  // namespace
 
+bool BeginsAsParameterFile(std::span<const uint8_t> head) {
+  return head.size() >= 4 && std::memcmp(head.data(), Magic, 4) == 0;
+}
+
 std::vector<uint8_t> ParameterFileBytes() {
   // The fields alone are captured; the arrays are written from the live ones,
   // so a save needs no copy of them.

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,9 @@ int WriteBankFile(platform::MessageTarget* window, const Bank& bank);
 // programs, and the commands above once the user has chosen).
 int LoadParameterFile(platform::MessageTarget* window, const std::string& path);
 int SaveParameterFile(const std::string& path);
+
+// Whether a file's first bytes are a parameter file's "VLhd".
+bool BeginsAsParameterFile(std::span<const uint8_t> head);
 
 // The file's bytes for the live set-up, and for a stored bank.
 std::vector<uint8_t> ParameterFileBytes();

@@ -77,6 +77,7 @@ bool take(const std::optional<SettingsValue>& stored, const Field& field) {
   struct {
     const std::vector<uint8_t>& data;
     SettingsType type;
+    uint32_t number;
     bool operator()(std::string* text) const {
       if (type != SettingsType::Text || data.size() > SettingsTextLimit) return false;
       const std::string whole(data.begin(), data.end());
@@ -90,10 +91,10 @@ bool take(const std::optional<SettingsValue>& stored, const Field& field) {
     }
     bool operator()(uint32_t* word) const {
       if (type != SettingsType::Binary || data.size() != 4) return false;
-      *word = uint32_t{data[0]} | uint32_t{data[1]} << 8 | uint32_t{data[2]} << 16 | uint32_t{data[3]} << 24;
+      *word = number;
       return true;
     }
-  } fill{data, stored->type};
+  } fill{data, stored->type, stored->asNumber()};
   return std::visit(fill, field);
 }
 
@@ -150,9 +151,8 @@ double LoadSynthGain() {
   const std::optional<SettingsValue> stored = store->query(SettingsLevel::User, synthKey(), "Gain");
   if (!stored) return DefaultSynthGain;
   // A whole number typed into the settings file by hand reads back as a 4-byte number.
-  if (stored->type == SettingsType::Binary && stored->data.size() == 4) {
-    const double whole = static_cast<double>(stored->data[0] | stored->data[1] << 8);
-    return stored->data[2] == 0 && stored->data[3] == 0 && SynthGainInRange(whole) ? whole : DefaultSynthGain;
+  if (uint32_t whole = 0; take(stored, &whole)) {
+    return SynthGainInRange(whole) ? static_cast<double>(whole) : DefaultSynthGain;
   }
   if (stored->type != SettingsType::Text) return DefaultSynthGain;
   return ReadSynthGain(stored->asText()).value_or(DefaultSynthGain);

@@ -1,5 +1,6 @@
 #include "platform/settings_store.h"
 
+#include <algorithm>
 #include <atomic>
 
 namespace platform {
@@ -33,6 +34,12 @@ SettingsValue SettingsValue::word(uint32_t value) {
 SettingsValue SettingsValue::byte(uint8_t value) { return binary(std::span<const uint8_t>(&value, 1)); }
 
 std::string SettingsValue::asText() const { return std::string(data.begin(), data.end()); }
+
+uint32_t SettingsValue::asNumber() const {
+  uint32_t value = 0;
+  for (std::size_t i = std::min<std::size_t>(data.size(), 4); i-- > 0;) value = value << 8 | data[i];
+  return value;
+}
 
 bool MemorySettingsStore::createKey(SettingsLevel level, const std::string& key) {
   if (keyExists(level, key)) return true;

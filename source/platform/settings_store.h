@@ -26,6 +26,8 @@ struct SettingsValue {
   static SettingsValue word(uint32_t value);  // 4 bytes, little-endian
   static SettingsValue byte(uint8_t value);
   std::string asText() const;
+  // The bytes read as a little-endian number (the first four at most).
+  uint32_t asNumber() const;
   bool operator==(const SettingsValue&) const = default;
 };
 

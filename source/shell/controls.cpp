@@ -129,8 +129,9 @@ void Button::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing, false);
   const bool pressed = down_ || held_;
   const QRect r = rect().adjusted(0, 0, -1, -1);
-  // A pressed text button (a channel, Overlap) is lit, so that its state reads at a glance.
-  const bool lit = lit_ || (kind_ == Kind::TwoState && face_ == Face::Text && down_);
+  // A pressed text button (a channel, Overlap) is lit, and so is any pressed
+  // button too small for the lamp (a board's switch), so its state reads at a glance.
+  const bool lit = lit_ || (kind_ == Kind::TwoState && down_ && (face_ == Face::Text || height() < 18));
   QColor fill = pressed ? QColor(176, 176, 176) : QColor(212, 212, 212);
   if (lit) fill = LitColor(face_);
   painter.fillRect(rect(), fill);

@@ -139,12 +139,6 @@ std::optional<uint32_t> decimal(const QString& text) {
   return static_cast<uint32_t>(value);
 }
 
-uint32_t littleEndian(const std::vector<uint8_t>& bytes) {
-  uint32_t value = 0;
-  for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
-  return value;
-}
-
 }  // namespace
 
 std::optional<platform::SettingsValue> QtSettingsStore::query(platform::SettingsLevel level, const std::string& key,
@@ -176,7 +170,7 @@ bool QtSettingsStore::set(platform::SettingsLevel level, const std::string& key,
   settings->remove(TextGroup + valueName);
   const bool binary = value.type == platform::SettingsType::Binary;
   if (binary && (value.data.size() == 4 || value.data.size() == 1)) {
-    settings->setValue(valueName, littleEndian(value.data));
+    settings->setValue(valueName, value.asNumber());
     if (value.data.size() == 1) settings->setValue(OneByteGroup + valueName, true);
   } else if (binary) {
     settings->setValue(valueName, QByteArray(reinterpret_cast<const char*>(value.data.data()),

@@ -24,7 +24,9 @@ const QString RecentKey = QStringLiteral("Recent/Files");
 
 bool IsSetupFile(const QString& path) {
   QFile file(path);
-  return file.open(QIODevice::ReadOnly) && file.read(4) == "VLhd";
+  if (!file.open(QIODevice::ReadOnly)) return false;
+  const QByteArray head = file.read(4);
+  return BeginsAsParameterFile(std::span(reinterpret_cast<const uint8_t*>(head.constData()), head.size()));
 }
 
 }  // namespace

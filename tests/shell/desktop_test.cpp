@@ -3,6 +3,8 @@
 // modified marker, a file given at start-up, and File > Open recent.
 #include <QAbstractScrollArea>
 #include <QApplication>
+#include <QComboBox>
+#include <QFile>
 #include <QFileInfo>
 #include <QMdiSubWindow>
 #include <QMenu>
@@ -239,6 +241,48 @@ TEST_F(Desktop, OpenRecentListsTheLastEightNewestFirstAndOpensOne) {
   deliver();
   EXPECT_EQ(frame->windowTitle(), QStringLiteral("Velmora - [take6.mid]"));
   EXPECT_EQ(shell::RecentFiles().value(0), made[3]) << "the file opened comes first";
+}
+
+TEST_F(Desktop, AnOpenCancelledAtTheQuestionAboutChangesDoesNotJoinOpenRecent) {
+  start();
+  QTemporaryDir dir;
+  const QString song = dir.filePath(QStringLiteral("kept-out.mid"));
+  QFile::copy(QStringLiteral(VELMORA_TEST_DATA "/format1_lyrics.mid"), song);
+  SongDirty = 1;
+  prompts.planFile(song.toStdString());
+  prompts.planAnswer(platform::IDCANCEL);
+  frame->command(CMD_OPEN_SONG);
+  deliver();
+  EXPECT_EQ(SongDirty, 1u) << "the song and its changes stay";
+  EXPECT_FALSE(shell::RecentFiles().contains(QFileInfo(song).absoluteFilePath()));
+  SongDirty = 0;
+}
+
+TEST_F(Desktop, AGivenFileWaitsForTheTransportAndOneThatCannotBeReadKeepsTheChangesMarked) {
+  start();
+  const QString song = QStringLiteral(VELMORA_TEST_DATA "/format1_lyrics.mid");
+  click(CMD_PLAY);
+  ASSERT_EQ(Playing, 1u);
+  EXPECT_FALSE(shell::OpenGivenFile(song)) << "not while the song plays";
+  click(CMD_STOP);
+  SongDirty = 1;
+  prompts.planAnswer(platform::IDNO);  // do not save: go on
+  EXPECT_FALSE(shell::OpenGivenFile(QStringLiteral("/nonexistent/gone.mid")));
+  EXPECT_EQ(SongDirty, 1u) << "nothing was loaded, so the song's changes are still unsaved";
+  SongDirty = 0;
+}
+
+TEST_F(Desktop, AFocusedComboBoxKeepsItsPlainKeysButNotTheCtrlShortcuts) {
+  startActive();
+  auto* combo = new QComboBox(frame->controlBar());
+  combo->addItems({QStringLiteral("Grand"), QStringLiteral("Glock")});
+  combo->show();
+  combo->setFocus();
+  press(Qt::Key_G);
+  EXPECT_EQ(Generating, 0u) << "G picks an item of the box";
+  press(Qt::Key_O, Qt::ControlModifier);
+  EXPECT_EQ(chooserCount(), 1u) << "Ctrl+O still opens";
+  delete combo;
 }
 
 }  // namespace

@@ -223,7 +223,7 @@ bool checkParameterFile(const std::string& path, std::string& error) {
     return false;
   }
   const std::vector<uint8_t>& bytes = file.bytes;
-  if (bytes.size() < 4 || std::memcmp(bytes.data(), "VLhd", 4) != 0) {
+  if (!BeginsAsParameterFile(bytes)) {
     error = "'" + path + "' is not a Velmora parameter file (it does not begin with VLhd)";
     return false;
   }
